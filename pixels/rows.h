@@ -1,0 +1,58 @@
+// The row loops that all operations share. Each is compiled for the layouts of the pictures that it
+// walks, so that nothing about a format is asked inside a row.
+#pragma once
+
+#include "pixels/editor.h"
+#include "pixels/rectangle.h"
+
+// Calls `function.operator()<kLayouts...>()` with the layouts of the given pictures, in their
+// order.
+template <Layout... kKnown, class Function>
+void WithLayouts(const Function& function) {
+  function.template operator()<kKnown...>();
+}
+template <Layout... kKnown, class Function, class... Editors>
+void WithLayouts(const Function& function, const PictureEditor& first, const Editors&... others) {
+  WithLayout(first.format,
+             [&]<Layout kLayout>() { WithLayouts<kKnown..., kLayout>(function, others...); });
+}
+
+// One row: each target pixel is `rule` of the source pixels at its place.
+template <Layout kTo, Layout... kFrom, class Rule, class... Sources>
+void MapRow(int32_t count, const Rule& rule, Word* target, const Sources*... sources) {
+  for (int32_t x = 0; x < count; ++x) target[x] = Pack<kTo>(rule(Unpack<kFrom>(sources[x])...));
+}
+
+// Writes `rule` of the source pixels to every pixel of `rectangle`, which lies inside the sources.
+// A target may be one of the sources. Rows that a target doesn't have are left out.
+template <class Rule, class... Sources>
+void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
+               const Sources&... sources) {
+  const int32_t left = rectangle.left;
+  const int32_t right = rectangle.right < target.width ? rectangle.right : target.width;
+  const int32_t bottom = rectangle.bottom < target.height ? rectangle.bottom : target.height;
+  if (left >= right) return;
+  WithLayouts(
+      [&]<Layout kTo, Layout... kFrom>() {
+        for (int32_t y = rectangle.top; y < bottom; ++y) {
+          MapRow<kTo, kFrom...>(right - left, rule, target.PixelAt(left, y),
+                                static_cast<const Word*>(sources.PixelAt(left, y))...);
+        }
+      },
+      target, sources...);
+}
+
+// Visits the rows of `rectangle`, which lies inside `source`, from top to bottom, until
+// `visit.operator()<kLayout>(row, count)` returns false. False when it did; true for no rows.
+template <class Visit>
+bool VisitRows(const PictureEditor& source, const Rectangle& rectangle, const Visit& visit) {
+  if (rectangle.IsEmpty()) return true;
+  bool going = true;
+  WithLayout(source.format, [&]<Layout kLayout>() {
+    for (int32_t y = rectangle.top; going && y < rectangle.bottom; ++y) {
+      const Word* row = source.PixelAt(rectangle.left, y);
+      going = visit.template operator()<kLayout>(row, rectangle.right - rectangle.left);
+    }
+  });
+  return going;
+}
