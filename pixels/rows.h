@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pixels/editor.h"
+#include "pixels/instruction_set.h"
 #include "pixels/rectangle.h"
 
 // Calls `function.operator()<kLayouts...>()` with the layouts of the given pictures, in their
@@ -34,10 +35,12 @@ void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Ru
   if (left >= right) return;
   WithLayouts(
       [&]<Layout kTo, Layout... kFrom>() {
-        for (int32_t y = rectangle.top; y < bottom; ++y) {
-          MapRow<kTo, kFrom...>(right - left, rule, target.PixelAt(left, y),
-                                static_cast<const Word*>(sources.PixelAt(left, y))...);
-        }
+        RunWidest([&] {
+          for (int32_t y = rectangle.top; y < bottom; ++y) {
+            MapRow<kTo, kFrom...>(right - left, rule, target.PixelAt(left, y),
+                                  static_cast<const Word*>(sources.PixelAt(left, y))...);
+          }
+        });
       },
       target, sources...);
 }
@@ -49,10 +52,12 @@ bool VisitRows(const PictureEditor& source, const Rectangle& rectangle, const Vi
   if (rectangle.IsEmpty()) return true;
   bool going = true;
   WithLayout(source.format, [&]<Layout kLayout>() {
-    for (int32_t y = rectangle.top; going && y < rectangle.bottom; ++y) {
-      const Word* row = source.PixelAt(rectangle.left, y);
-      going = visit.template operator()<kLayout>(row, rectangle.right - rectangle.left);
-    }
+    RunWidest([&] {
+      for (int32_t y = rectangle.top; going && y < rectangle.bottom; ++y) {
+        const Word* row = source.PixelAt(rectangle.left, y);
+        going = visit.template operator()<kLayout>(row, rectangle.right - rectangle.left);
+      }
+    });
   });
   return going;
 }
