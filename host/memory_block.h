@@ -1,0 +1,42 @@
+// Memory blocks.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/object.h"
+
+namespace host {
+
+class MemoryBlock final : public Object {
+ public:
+  std::span<uint8_t> Bytes();
+  std::span<const uint8_t> Bytes() const;
+  std::string Describe() const override;
+
+  // Makes the block one whose size nobody knows: the plug-in is told -1.
+  void HideSize() { sizeHidden = true; }
+  // Makes the plug-in get nil for the block's bytes.
+  void HidePointer() { pointerHidden = true; }
+  bool SizeHidden() const { return sizeHidden; }
+  bool PointerHidden() const { return pointerHidden; }
+
+  // Whether nobody wrote just before or just after the bytes; the census looks at this too.
+  bool GuardsIntact() const;
+
+  // Made by Host::NewMemoryBlock; zero-filled.
+  explicit MemoryBlock(size_t size);
+
+ private:
+  ~MemoryBlock() override = default;
+  static constexpr size_t kGuard = 64;
+  static constexpr uint8_t kGuardByte = 0xC3;
+  size_t length;
+  std::vector<uint8_t> storage;
+  bool sizeHidden = false;
+  bool pointerHidden = false;
+};
+
+}  // namespace host
