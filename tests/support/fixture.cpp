@@ -1,0 +1,82 @@
+#include "tests/support/fixture.h"
+
+namespace support {
+
+namespace {
+
+std::filesystem::path& PluginPathSetting() {
+  static std::filesystem::path path = PICTURE_PLUGIN;
+  return path;
+}
+
+}  // namespace
+
+std::filesystem::path PluginPath() { return PluginPathSetting(); }
+
+void SetPluginPath(std::filesystem::path path) { PluginPathSetting() = std::move(path); }
+
+void LoadPluginUnderTest(host::Host& host) { host.LoadPlugin(PluginPath()); }
+
+host::Host& PluginTest::StartWithoutPlugin(const host::Settings& settings) {
+  EndHost();
+  current = std::make_unique<host::Host>(settings);
+  atStart = current->census.Take();
+  expectedLeft = 0;
+  return *current;
+}
+
+host::Host& PluginTest::Start(const host::Settings& settings) {
+  StartWithoutPlugin(settings);
+  LoadPluginUnderTest(*current);
+  return *current;
+}
+
+host::Host& PluginTest::Host() {
+  if (!current) Start();
+  return *current;
+}
+
+const host::Callable& PluginTest::Find(std::string_view className,
+                                       std::string_view nameOrDeclaration, size_t parameters) {
+  host::Host& host = Host();
+  const bool isDeclaration = nameOrDeclaration.find_first_of("( ") != std::string_view::npos;
+  return isDeclaration ? host.registry.Find(className, nameOrDeclaration)
+                       : host.registry.Find(className, nameOrDeclaration, parameters);
+}
+
+std::string PluginTest::TakeException() {
+  const std::optional<host::Exception> exception = Host().TakeException();
+  if (!exception) return {};
+  return exception->className + ": " + exception->message.value_or("(nil)");
+}
+
+// The result of a call carries one reference more than the census had before.
+void PluginTest::ExpectBalance(const host::Callable& callable, const host::Snapshot& before,
+                               const host::Object* result) {
+  host::Snapshot expected = before;
+  if (result != nullptr) {
+    const host::Snapshot now = Host().census.Take();
+    const auto entry = now.find(result->Serial());
+    ASSERT_NE(entry, now.end()) << callable.text << ": the result isn't alive";
+    host::Holding& holding = expected[result->Serial()];
+    holding.what = entry->second.what;
+    holding.references += 1;
+  }
+  const std::string difference = Host().census.DifferenceText(expected);
+  EXPECT_EQ(difference, "") << "after " << callable.text;
+}
+
+void PluginTest::EndHost() {
+  if (!current) return;
+  EXPECT_EQ(TakeException(), "") << "an exception that the test didn't take";
+  const std::vector<std::string> left = current->census.Difference(atStart);
+  if (static_cast<int>(left.size()) != expectedLeft) {
+    ADD_FAILURE() << "left behind, expected " << expectedLeft << " lines:\n"
+                  << current->census.DifferenceText(atStart);
+  }
+  current.reset();
+}
+
+void PluginTest::TearDown() { EndHost(); }
+
+}  // namespace support

@@ -1,0 +1,101 @@
+// A host with the plug-in loaded into it, as every test of a registered function wants it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/host.h"
+#include "tests/support/pictures.h"
+#include "tests/support/random.h"
+
+namespace support {
+
+// The plug-in under test: what --plugin=PATH says, else the one that was built with the tests.
+std::filesystem::path PluginPath();
+void SetPluginPath(std::filesystem::path path);
+
+// Loads the plug-in under test into a host.
+void LoadPluginUnderTest(host::Host& host);
+
+// Ends each test by looking at the host's census: everything that was taken is returned, and the
+// plug-in did nothing wrong. A test whose subject leaves something behind on purpose says so with
+// ExpectLeft.
+class PluginTest : public ::testing::Test {
+ protected:
+  PluginTest() = default;
+
+  // A host of these settings with the plug-in in it; the one before ends, and must be balanced.
+  host::Host& Start(const host::Settings& settings = {});
+  // A host without the plug-in, for faults that must be there before it is loaded.
+  host::Host& StartWithoutPlugin(const host::Settings& settings = {});
+  host::Host& Host();
+
+  // Calls a method of Picture by its name, or its declaration where two have the same number of
+  // parameters. The call must leave the census as it was, but for the reference that comes with
+  // the result.
+  template <class R = void, class... A>
+  R Call(std::string_view nameOrDeclaration, const PictureRef& self, const A&... arguments) {
+    return Balanced<R>(Find("Picture", nameOrDeclaration, sizeof...(A)), self, arguments...);
+  }
+  // The same for a global method.
+  template <class R = void, class... A>
+  R CallGlobal(std::string_view nameOrDeclaration, const A&... arguments) {
+    return Balanced<R>(Find("", nameOrDeclaration, sizeof...(A)), arguments...);
+  }
+  // The same for an instance of one of the plug-in's classes.
+  template <class R = void, class... A>
+  R CallOn(const host::Ref<host::Instance>& self, std::string_view nameOrDeclaration,
+           const A&... arguments) {
+    return Balanced<R>(Find(self->ClassName(), nameOrDeclaration, sizeof...(A)), self,
+                       arguments...);
+  }
+  // A call whose balance isn't looked at before the test ends: it stores objects for its caller.
+  template <class R = void, class... A>
+  R CallStoring(std::string_view nameOrDeclaration, const PictureRef& self, const A&... arguments) {
+    return Host().Call<R>(Find("Picture", nameOrDeclaration, sizeof...(A)), self, arguments...);
+  }
+
+  const host::Callable& Find(std::string_view className, std::string_view nameOrDeclaration,
+                             size_t parameters);
+
+  // The exception that is waiting: "NilObjectException: picture is nil"; empty when there is none.
+  // The test ends in failure when one is left.
+  std::string TakeException();
+
+  // Objects or locks that the subject leaves behind on purpose: so many lines of the census.
+  void ExpectLeft(int lines) { expectedLeft = lines; }
+
+  void TearDown() override;
+
+ private:
+  template <class R, class... A>
+  R Balanced(const host::Callable& callable, const A&... arguments) {
+    const host::Snapshot before = Host().census.Take();
+    if constexpr (std::is_void_v<R>) {
+      Host().Call<R>(callable, arguments...);
+      ExpectBalance(callable, before, nullptr);
+    } else {
+      R result = Host().Call<R>(callable, arguments...);
+      if constexpr (requires { result->Serial(); }) {
+        ExpectBalance(callable, before, result.Get());
+      } else {
+        ExpectBalance(callable, before, nullptr);
+      }
+      return result;
+    }
+  }
+  void ExpectBalance(const host::Callable& callable, const host::Snapshot& before,
+                     const host::Object* result);
+  void EndHost();
+
+  std::unique_ptr<host::Host> current;
+  host::Snapshot atStart;
+  int expectedLeft = 0;
+};
+
+}  // namespace support

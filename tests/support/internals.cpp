@@ -1,0 +1,64 @@
+#include "tests/support/internals.h"
+
+#include <stdlib.h>
+
+#include "classes/lut3d.h"
+#include "classes/sepia.h"
+#include "plugin/binding/exceptions.h"
+#include "plugin/binding/platform.h"
+#include "plugin/binding/runtime.h"
+#include "plugin/binding/strings.h"
+#include "plugin/entry.h"
+#include "plugin/tables.h"
+
+// There is no operator new here either: editors are built in memory from malloc.
+inline void* operator new(size_t, void* place) noexcept { return place; }
+
+namespace {
+
+template <class Editor>
+Editor* Make() {
+  return new (malloc(sizeof(Editor))) Editor;
+}
+
+void Destroy(PictureEditor* editor) {
+  editor->~PictureEditor();
+  free(editor);
+}
+
+const support::Internals kInternals = {
+    &gResolver,
+    &rbversion,
+    &CurrentREALControlVersion,
+    &IsDesktop,
+    &IsConsole,
+    &gInstructionSet,
+    FindInstructionSet,
+    FlagsForHost,
+    FixConsoleFlags,
+    FixClass,
+    FixProperties,
+    &PictureExtension,
+    &PictureSepiaClass,
+    &Lut3DClass,
+    gGlobalMethods,
+    REALGetStringData,
+    REALDisposeStringData,
+    RaiseException,
+    [](const char* name) { return LoadFrameworkBundle(name); },
+    UnlockPixels,
+    []() -> PictureEditor* { return Make<PictureReader>(); },
+    Make<PictureWriter>,
+    Destroy,
+    [](PictureEditor* editor, REALpicture picture, bool rasterize, bool modifies) {
+      return editor->GetPictureEditor(picture, rasterize, modifies);
+    },
+    [](PictureWriter* writer, int32_t width, int32_t height, bool alpha) {
+      return writer->NewPictureWriter(width, height, alpha);
+    },
+    [](PictureEditor* editor) { return editor->RenderPictureWriter(); },
+};
+
+}  // namespace
+
+const support::Internals* PictureInternals() { return &kInternals; }

@@ -1,0 +1,48 @@
+// The tests' own options: --plugin=PATH and --seed=N.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "tests/support/fixture.h"
+
+namespace support {
+
+namespace {
+uint64_t& SeedSetting() {
+  static uint64_t seed = 1;
+  return seed;
+}
+
+// A failed test says how to have it again.
+class PrintSeed : public ::testing::EmptyTestEventListener {
+  void OnTestPartResult(const ::testing::TestPartResult& result) override {
+    if (result.failed()) std::printf("run again with --seed=%llu\n", seedOf());
+  }
+  static unsigned long long seedOf() { return Seed(); }
+};
+}  // namespace
+
+uint64_t Seed() { return SeedSetting(); }
+void SetSeed(uint64_t seed) { SeedSetting() = seed; }
+
+}  // namespace support
+
+int main(int argc, char** argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (argument.starts_with("--plugin=")) {
+      support::SetPluginPath(argument.substr(9));
+    } else if (argument.starts_with("--seed=")) {
+      support::SetSeed(std::strtoull(argv[i] + 7, nullptr, 10));
+    } else {
+      std::fprintf(stderr, "unknown option %s\n", argv[i]);
+      return 2;
+    }
+  }
+  ::testing::UnitTest::GetInstance()->listeners().Append(new support::PrintSeed);
+  return RUN_ALL_TESTS();
+}
