@@ -6,16 +6,24 @@
 #include "pixels/instruction_set.h"
 #include "pixels/rectangle.h"
 
+// Whether pictures of these layouts can be open in one process: all its pictures are bitmap
+// contexts or all are row tables (IsDesktop, IsConsole).
+template <Layout kFirst, Layout... kOthers>
+inline constexpr bool kCanMeet = (((kFirst == Layout::bgrx) == (kOthers == Layout::bgrx)) && ...);
+
 // Calls `function.operator()<kLayouts...>()` with the layouts of the given pictures, in their
-// order.
+// order. Nothing is compiled for layouts that never meet.
 template <Layout... kKnown, class Function>
 void WithLayouts(const Function& function) {
   function.template operator()<kKnown...>();
 }
 template <Layout... kKnown, class Function, class... Editors>
 void WithLayouts(const Function& function, const PictureEditor& first, const Editors&... others) {
-  WithLayout(first.format,
-             [&]<Layout kLayout>() { WithLayouts<kKnown..., kLayout>(function, others...); });
+  WithLayout(first.format, [&]<Layout kLayout>() {
+    if constexpr (kCanMeet<kLayout, kKnown...>) {
+      WithLayouts<kKnown..., kLayout>(function, others...);
+    }
+  });
 }
 
 // One row: each target pixel is `rule` of the source pixels at its place.
