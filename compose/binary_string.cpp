@@ -39,6 +39,15 @@ constexpr uint32_t BigEndian(const uint8_t* at) {
   return uint32_t{at[0]} << 24 | uint32_t{at[1]} << 16 | uint32_t{at[2]} << 8 | at[3];
 }
 
+// A pixel as the string has it.
+void PutPixel(uint8_t* at, Pixel pixel) {
+  at[0] = static_cast<uint8_t>(pixel.red);
+  at[1] = static_cast<uint8_t>(pixel.green);
+  at[2] = static_cast<uint8_t>(pixel.blue);
+}
+
+constexpr Pixel GetPixel(const uint8_t* at) { return {at[0], at[1], at[2]}; }
+
 // The length of the string of a picture, or -1 where it exceeds what a string can hold.
 constexpr int64_t StringSize(int32_t width, int32_t height) {
   constexpr int64_t kMostPixels = (std::numeric_limits<int32_t>::max() - kHeaderSize) / kPixelSize;
@@ -99,14 +108,11 @@ REALstring PicturetoBinaryString(REALpicture picture) {
   uint8_t* next = string.bytes() + kHeaderSize;
   VisitRows(source, {0, 0, source.width, source.height},
             [&]<Layout kFrom>(const Word* row, int32_t count) {
-              uint8_t* to = next;
-              for (int32_t x = 0; x < count; ++x) {
-                const Pixel pixel = Unpack<kFrom>(row[x]);
-                to[x * kPixelSize] = static_cast<uint8_t>(pixel.red);
-                to[x * kPixelSize + 1] = static_cast<uint8_t>(pixel.green);
-                to[x * kPixelSize + 2] = static_cast<uint8_t>(pixel.blue);
-              }
-              next = to + count * kPixelSize;
+              uint8_t* const to = next;
+              const auto length = static_cast<size_t>(count);
+              for (size_t x = 0; x < length; ++x)
+                PutPixel(to + x * kPixelSize, Unpack<kFrom>(row[x]));
+              next = to + length * kPixelSize;
               return true;
             });
 
@@ -127,13 +133,12 @@ REALpicture BinaryStringtoPicture(REALstring string) {
   if (!target.NewPictureWriter(header.width, header.height, false)) return nullptr;
 
   const uint8_t* next = data.bytes() + header.dataOffset;
+  const size_t rowSize = static_cast<size_t>(header.width) * kPixelSize;
   WriteRows(target, header.width, header.height, [&]<Layout kTo>(Word* row, int32_t count) {
-    const uint8_t* from = next;
-    for (int32_t x = 0; x < count; ++x) {
-      row[x] =
-          Pack<kTo>({from[x * kPixelSize], from[x * kPixelSize + 1], from[x * kPixelSize + 2]});
-    }
-    next = from + header.width * kPixelSize;
+    const uint8_t* const from = next;
+    const auto length = static_cast<size_t>(count);
+    for (size_t x = 0; x < length; ++x) row[x] = Pack<kTo>(GetPixel(from + x * kPixelSize));
+    next = from + rowSize;
   });
   return target.RenderPictureWriter();
 }

@@ -96,13 +96,16 @@ void WrapHorizontally(const PictureEditor& picture, int32_t delta) {
   if (shift != 0) RotateColumns(picture, Forwards(shift, picture.width));
 }
 
+// Hosts older than this count a lock that they refuse all the same.
+bool RefusedLockCounts() { return rbversion < 2012.0 && HasLockPictureDescription(); }
+
 // A picture's description as hosts with graphics worlds give it.
 class DescriptionLock {
  public:
   explicit DescriptionLock(REALpicture picture)
       : picture_(picture), locked_(REALLockPictureDescription(picture, &description_)) {}
   ~DescriptionLock() {
-    if (locked_) REALUnlockPictureDescription(picture_);
+    if (locked_ || RefusedLockCounts()) REALUnlockPictureDescription(picture_);
   }
   DescriptionLock(const DescriptionLock&) = delete;
   DescriptionLock& operator=(const DescriptionLock&) = delete;
@@ -156,9 +159,9 @@ bool ScrollMask(REALpicture picture, int8_t (*scroll)(REALpicture, int32_t, int8
 int8_t ScrollVerticalKRT(REALpicture picture, int32_t delta, int8_t wrap, int8_t scrollmask) {
   if (scrollmask != 0 && !ScrollMask(picture, ScrollVerticalKRT, delta, wrap)) return false;
   if (delta == 0) return true;
-  if (wrap == 0) return ShiftGraphicsWorld(picture, 0, delta);
+  if (wrap == 0) return ShiftGraphicsWorld(picture, 0, delta) ? 1 : 0;
   PictureEditor editor;
-  return editor.GetPictureEditor(picture, true, true) && WrapVertically(editor, delta);
+  return editor.GetPictureEditor(picture, true, true) && WrapVertically(editor, delta) ? 1 : 0;
 }
 
 int8_t ScrollHorizontalKRT(REALpicture picture, int32_t delta, int8_t wrap, int8_t scrollmask) {

@@ -61,10 +61,22 @@ REALstring REALConvertString(REALstring string, uint32_t encoding) {
   return Bind(pConvertString, "REALConvertString") ? pConvertString(string, encoding) : nullptr;
 }
 
-bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description) {
+// Both functions below ask for the one entry, so that they share its cached pointer.
+static bool BindLockPictureDescription(uint8_t (**entry)(REALpicture, REALpictureDescription*)) {
   static uint8_t (*pLockPictureDescription)(REALpicture, REALpictureDescription*);
-  return Bind(pLockPictureDescription, "lockPictureDescription") &&
-         pLockPictureDescription(picture, description) != 0;
+  const bool found = Bind(pLockPictureDescription, "lockPictureDescription");
+  *entry = pLockPictureDescription;
+  return found;
+}
+
+bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description) {
+  uint8_t (*lock)(REALpicture, REALpictureDescription*);
+  return BindLockPictureDescription(&lock) && lock(picture, description) != 0;
+}
+
+bool HasLockPictureDescription() {
+  uint8_t (*lock)(REALpicture, REALpictureDescription*);
+  return BindLockPictureDescription(&lock);
 }
 
 bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description,

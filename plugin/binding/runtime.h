@@ -48,8 +48,11 @@ void REALSetStringEncoding(REALstring string, uint32_t encoding);
 REALstring REALConvertString(REALstring string, uint32_t encoding);
 
 // Pictures. A description stays valid until it is unlocked; `wantedType` is kPictureBitmapContext
-// or kPictureRowTable. New pictures, graphics and masks are +1 or null.
+// or kPictureRowTable, and the form without it gives whatever the picture has; the host may not
+// have that form, which HasLockPictureDescription tells. New pictures, graphics and masks are +1 or
+// null.
 bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description);
+bool HasLockPictureDescription();
 bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description,
                                 uint32_t wantedType);
 void REALUnlockPictureDescription(REALpicture picture);
