@@ -26,10 +26,22 @@ void WithLayouts(const Function& function, const PictureEditor& first, const Edi
   });
 }
 
-// One row: each target pixel is `rule` of the source pixels at its place.
+// The target word for the source words at its place. A rule is either one of pixels,
+// Pixel(Pixel...), or one of words, uint32_t operator()<kTo, kFrom...>(uint32_t...).
+template <Layout kTo, Layout... kFrom, class Rule, class... Words>
+constexpr uint32_t MapWord(const Rule& rule, Words... words) {
+  if constexpr (requires { rule.template operator()<kTo, kFrom...>(words...); }) {
+    return rule.template operator()<kTo, kFrom...>(words...);
+  } else {
+    return Pack<kTo>(rule(Unpack<kFrom>(words)...));
+  }
+}
+
+// One row: each target pixel is `rule` of the source pixels at its place. The rule is a copy, so
+// that the compiler knows that writing a pixel doesn't change it.
 template <Layout kTo, Layout... kFrom, class Rule, class... Sources>
-void MapRow(int32_t count, const Rule& rule, Word* target, const Sources*... sources) {
-  for (int32_t x = 0; x < count; ++x) target[x] = Pack<kTo>(rule(Unpack<kFrom>(sources[x])...));
+void MapRow(int32_t count, const Rule rule, Word* target, const Sources*... sources) {
+  for (int32_t x = 0; x < count; ++x) target[x] = MapWord<kTo, kFrom...>(rule, sources[x]...);
 }
 
 // Writes `rule` of the source pixels to every pixel of `rectangle`, which lies inside the sources.
