@@ -8,6 +8,8 @@
 
 #include "pixels/frame.h"
 
+namespace {
+
 constexpr Pixel Invert(Pixel p) { return {255 - p.red, 255 - p.green, 255 - p.blue}; }
 
 constexpr Pixel InvertGray(Pixel p) {
@@ -17,6 +19,8 @@ constexpr Pixel InvertGray(Pixel p) {
 
 // InvertKRT alone takes a width or height of 0, too, for the picture's (intended).
 constexpr int32_t ZeroMeansWhole(int32_t length) { return length == 0 ? -1 : length; }
+
+}  // namespace
 
 REALpicture InvertPicture(REALpicture picture, int32_t left, int32_t top, int32_t width,
                           int32_t height) {

@@ -1,0 +1,46 @@
+// ColornessKRT(threshold as integer = 10) as double
+//
+// How colourful a picture is: the share of its pixels, 0 to 1, whose green differs from red or from
+// blue by more than the threshold. Red and blue are never compared with each other (intended). Dark
+// pixels don't count as coloured but stay in the total. A threshold below 0 counts every pixel that
+// isn't dark. 0 when the picture can't be opened or has no pixels.
+
+#include "pixels/rows.h"
+
+namespace {
+
+// Every channel of a dark pixel is at most this.
+constexpr int32_t kDarkest = 29;
+
+// `negative` is -threshold. The operators are the ones that compute both sides, for rows without
+// branches.
+constexpr bool IsColoured(Pixel p, int32_t threshold, int32_t negative) {
+  const bool bright = (p.red > kDarkest) | (p.green > kDarkest) | (p.blue > kDarkest);
+  const int32_t overRed = p.green - p.red;
+  const int32_t overBlue = p.green - p.blue;
+  return bright & ((overRed > threshold) | (overBlue > threshold) | (overRed < negative) |
+                   (overBlue < negative));
+}
+
+}  // namespace
+
+double ColornessKRT(REALpicture picture, int32_t threshold) {
+  PictureReader source;
+  if (!source.GetPictureEditor(picture, true, false)) return 0;
+  const int32_t pixels = WrappingMultiply(source.width, source.height);
+  if (pixels == 0) return 0;
+
+  // The most negative threshold is its own negative; every difference exceeds it anyway.
+  const int32_t negative = WrappingMultiply(threshold, -1);
+  int64_t coloured = 0;
+  VisitRows(source, ClipRectangle(kWholePicture, source.width, source.height),
+            [&]<Layout kLayout>(const Word* row, int32_t count) {
+              int32_t inRow = 0;
+              for (int32_t x = 0; x < count; ++x) {
+                inRow += IsColoured(Unpack<kLayout>(row[x]), threshold, negative);
+              }
+              coloured += inRow;
+              return true;
+            });
+  return static_cast<double>(coloured) / pixels;
+}
