@@ -1,10 +1,16 @@
 #include "classes/lut3d.h"
 
+#include "classes/tetrahedra.h"
+#include "pixels/block.h"
 #include "pixels/instance.h"
+#include "pixels/rows.h"
 
 // PictureLut3DKRT: each colour through a three-dimensional table, with tetrahedral interpolation.
-
-__attribute__((weak)) int8_t Run(REALobject);
+//
+// Run as boolean: filters SourcePicture into a new DestinationPicture, whose pixels outside the
+// block that the bounds select stay as the host makes them. The previous one is let go first, so
+// that it is nil after a failure: a source that is nil or can't be opened, a picture that can't be
+// made.
 
 namespace {
 
@@ -34,6 +40,23 @@ double GetPMX(REALobject object, uint32_t r, uint32_t g, uint32_t b, uint32_t x)
 
 void SetPMX(REALobject object, uint32_t r, uint32_t g, uint32_t b, uint32_t x, double value) {
   if (IsTableIndex(r, g, b, x)) DataOf(object)->table[r][g][b][x] = value;
+}
+
+int8_t Run(REALobject object) {
+  Lut3DClassData* data = DataOf(object);
+  ReleasePicture(data->DestinationPicture);
+  PictureReader source;
+  if (!source.GetPictureEditor(data->SourcePicture, true, false)) return 0;
+  PictureWriter target;
+  if (!target.NewPictureWriter(source.width, source.height, source.hasAlpha)) return 0;
+
+  const BlockBounds bounds{data->MinX, data->MinY, data->MaxX, data->MaxY};
+  const double* table = &data->table[0][0][0][0];
+  MapPixels(
+      target, TopLeftBlock(bounds, source.width, source.height),
+      [table](Pixel p) { return SumXYZ(table, p); }, source);
+  data->DestinationPicture = target.RenderPictureWriter();
+  return 1;
 }
 
 #define ENTRY(function) reinterpret_cast<void*>(&(function))

@@ -1,12 +1,51 @@
 #include "classes/sepia.h"
 
+#include "pixels/block.h"
 #include "pixels/instance.h"
+#include "pixels/rows.h"
 
 // PictureSepiaKRT: a weighted grey of each pixel plus an offset for each channel.
-
-__attribute__((weak)) int8_t Run(REALobject);
+//
+// Run as boolean: filters SourcePicture into a new DestinationPicture without an alpha channel,
+// whose pixels outside the block that the bounds select stay as the host makes them. False, and
+// nothing changed, when the source is nil or can't be opened, is larger than pictures may be, or
+// the new picture can't be made.
 
 namespace {
+
+constexpr double kWeightScale = 1024.0;
+constexpr int32_t kWeightOne = 1024;
+
+// What the filter does to a pixel: weights of the channels in 1024ths, and what is added to the
+// grey value.
+struct SepiaTone {
+  int32_t weightR;
+  int32_t weightG;
+  int32_t weightB;
+  int32_t offsetR;
+  int32_t offsetG;
+  int32_t offsetB;
+};
+
+constexpr SepiaTone ToneOf(const PictureSepiaClassData& data) {
+  return {TruncateToInt32(data.factorR * kWeightScale),
+          TruncateToInt32(data.factorG * kWeightScale),
+          TruncateToInt32(data.factorB * kWeightScale),
+          data.SepiaRed,
+          data.SepiaGreen,
+          data.SepiaBlue};
+}
+
+// Sums and products of wild weights and offsets wrap around.
+constexpr Pixel Sepia(Pixel p, const SepiaTone& tone) {
+  const int32_t sum = WrappingAdd(
+      WrappingAdd(WrappingMultiply(p.red, tone.weightR), WrappingMultiply(p.green, tone.weightG)),
+      WrappingMultiply(p.blue, tone.weightB));
+  const int32_t grey = sum / kWeightOne;
+  return {ClampToByte(WrappingAdd(grey, tone.offsetR)),
+          ClampToByte(WrappingAdd(grey, tone.offsetG)),
+          ClampToByte(WrappingAdd(grey, tone.offsetB))};
+}
 
 PictureSepiaClassData* DataOf(REALobject object) {
   return InstanceData<PictureSepiaClassData>(object, PictureSepiaClass);
@@ -32,6 +71,24 @@ double GetFactorB(REALobject object, intptr_t) { return DataOf(object)->factorB;
 void SetFactorR(REALobject object, intptr_t, double value) { DataOf(object)->factorR = value; }
 void SetFactorG(REALobject object, intptr_t, double value) { DataOf(object)->factorG = value; }
 void SetFactorB(REALobject object, intptr_t, double value) { DataOf(object)->factorB = value; }
+
+int8_t Run(REALobject object) {
+  PictureSepiaClassData* data = DataOf(object);
+  PictureReader source;
+  if (!source.GetPictureEditor(data->SourcePicture, true, false)) return 0;
+  PictureWriter target;
+  if (!target.NewPictureWriter(source.width, source.height, false)) return 0;
+
+  const BlockBounds bounds{data->MinX, data->MinY, data->MaxX, data->MaxY};
+  const SepiaTone tone = ToneOf(*data);
+  MapPixels(
+      target, TopLeftBlock(bounds, source.width, source.height),
+      [tone](Pixel p) { return Sepia(p, tone); }, source);
+
+  // The reference to a picture that an earlier run left here isn't dropped (intended).
+  data->DestinationPicture = target.RenderPictureWriter();
+  return 1;
+}
 
 #define ENTRY(function) reinterpret_cast<void*>(&(function))
 #define FIELD(field)                                                                    \
