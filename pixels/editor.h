@@ -20,6 +20,7 @@ class PictureEditor {
   PictureEditor& operator=(const PictureEditor&) = delete;
 
   // Editors live on the stack; this keeps the deleting destructor free of a run-time library.
+  static void* operator new(size_t) = delete;
   static void operator delete(void*) {}
 
   // Opens `pic`, after releasing what the editor held. True: the pixel fields below are valid until

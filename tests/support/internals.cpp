@@ -18,7 +18,7 @@ namespace {
 
 template <class Editor>
 Editor* Make() {
-  return new (malloc(sizeof(Editor))) Editor;
+  return ::new (malloc(sizeof(Editor))) Editor;
 }
 
 void Destroy(PictureEditor* editor) {
