@@ -90,7 +90,7 @@ int8_t Run(REALobject object) {
   return 1;
 }
 
-#define ENTRY(function) reinterpret_cast<void*>(&(function))
+#define ENTRY(function) (reinterpret_cast<void*>(&(function)))
 #define FIELD(field)                                                                    \
   reinterpret_cast<void*>(kPropertyIsField), reinterpret_cast<void*>(kPropertyIsField), \
       offsetof(PictureSepiaClassData, field)

@@ -21,7 +21,7 @@ class PictureEditor {
 
   // Editors live on the stack; this keeps the deleting destructor free of a run-time library.
   static void* operator new(size_t) = delete;
-  static void operator delete(void*) {}
+  static void operator delete(void*) {}  // NOLINT(cert-dcl54-cpp,misc-new-delete-overloads): no new
 
   // Opens `pic`, after releasing what the editor held. True: the pixel fields below are valid until
   // release. False: the editor holds nothing; there is no other report. A picture without pixels of

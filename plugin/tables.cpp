@@ -65,7 +65,7 @@ REALpicture RenderSamples(REALmemoryBlock, int32_t, int32_t, int32_t, int32_t, i
 namespace {
 
 // The address of a function as the records hold it.
-#define ENTRY(function) reinterpret_cast<void*>(&(function))
+#define ENTRY(function) (reinterpret_cast<void*>(&(function)))
 
 constexpr uint32_t kConsoleSafe = kFlagConsoleSafeMarker;
 constexpr uint32_t kExtensionFlags = 4;
