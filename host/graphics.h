@@ -41,6 +41,8 @@ class Graphics final : public Object {
 
  private:
   ~Graphics() override = default;
+  void Dispose() override { target = nullptr; }
+
   Ref<Picture> target;
 };
 

@@ -45,6 +45,7 @@ class Instance final : public Object {
  private:
   Instance() : Object(Kind::kInstance) {}
   ~Instance() override = default;
+  void BeforeEnd() override;
 
   const RegisteredClass* registered = nullptr;
   Exception exception;

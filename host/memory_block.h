@@ -2,13 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "host/object.h"
 
 namespace host {
+
+namespace runtime {
+class GuardedMemory;
+}
 
 class MemoryBlock final : public Object {
  public:
@@ -27,14 +31,14 @@ class MemoryBlock final : public Object {
   bool GuardsIntact() const;
 
   // Made by Host::NewMemoryBlock; zero-filled.
-  explicit MemoryBlock(size_t size);
+  explicit MemoryBlock(std::unique_ptr<runtime::GuardedMemory> zeroedMemory);
 
  private:
-  ~MemoryBlock() override = default;
-  static constexpr size_t kGuard = 64;
-  static constexpr uint8_t kGuardByte = 0xC3;
-  size_t length;
-  std::vector<uint8_t> storage;
+  ~MemoryBlock() override;
+  void BeforeEnd() override;
+  void Dispose() override;
+
+  std::unique_ptr<runtime::GuardedMemory> memory;
   bool sizeHidden = false;
   bool pointerHidden = false;
 };

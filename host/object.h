@@ -47,6 +47,11 @@ class Object {
   explicit Object(Kind objectKind) : kind(objectKind) {}
   virtual ~Object() = default;
 
+  // The last reference is gone: runs what the object's class says, while the object is still whole.
+  virtual void BeforeEnd() {}
+  // Lets go of what the object holds.
+  virtual void Dispose() {}
+
  private:
   friend class runtime::Objects;
   Kind kind;

@@ -92,6 +92,10 @@ class Picture final : public Object {
 
  private:
   ~Picture() override;
+  void BeforeEnd() override;
+  void Dispose() override;
+  void Touched();
+
   std::unique_ptr<runtime::PictureState> state;
 };
 

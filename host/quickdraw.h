@@ -10,4 +10,9 @@ namespace host {
 // pictures.
 void* LockPixels(Picture& picture);
 
+// The picture whose graphics world is current; null while it is the screen's, as it is at first.
+const Picture* CurrentGraphicsWorld();
+// Whether the current device is the screen's, as it is at first.
+bool CurrentDeviceIsScreen();
+
 }  // namespace host

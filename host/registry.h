@@ -29,7 +29,7 @@ struct Property {
   Type type = Type::kInteger;
   uint32_t flags = 0;
   bool isField = false;
-  size_t offset = 0;       // of the field in the class's instance data
+  size_t offset = 0;       // of the field from the object's address
   void* getter = nullptr;  // accessors, called with `parameter`; null where there is none
   void* setter = nullptr;
   intptr_t parameter = 0;

@@ -25,6 +25,8 @@ class String final : public Object {
 
  private:
   ~String() override = default;
+  void Dispose() override { bytes = {}; }
+
   std::string bytes;
   uint32_t encoding;
 };

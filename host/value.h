@@ -56,6 +56,8 @@ using Value = std::variant<Nil, int32_t, uint32_t, double, bool, Colour, Ref<Str
 // The value of a constant, of the type given where that is possible: whole numbers become double,
 // UInt32 or color where wanted, texts become UTF-8 strings. Throws Error where it doesn't fit.
 Value FromLiteral(const Literal& literal, Type wanted);
+// The same without a wish: whole numbers are integer, or UInt32 where they are too large for it.
+Value FromLiteral(const Literal& literal);
 
 // The value as one of the type given. Whole numbers widen to double and pass between integer,
 // UInt32 and color where they keep their value; nothing narrows. Throws Error where it doesn't fit.

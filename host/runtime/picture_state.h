@@ -1,0 +1,74 @@
+// A picture's inside, and the making of pictures.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "host/picture.h"
+#include "host/runtime/guarded_memory.h"
+#include "host/runtime/host_state.h"
+
+namespace host::runtime {
+
+// What a description's pictureData points at for a bitmap context.
+struct BitmapContext {
+  Picture* picture = nullptr;
+};
+
+enum class CachedRendering { kNone, kFresh, kKept };
+
+struct PictureState {
+  int32_t width = 0;
+  int32_t height = 0;
+  PictureLayout layout{.storage = Storage::kEmpty};
+  VectorPaint paint;
+
+  std::unique_ptr<GuardedMemory> memory;
+  size_t rowBytes = 0;
+  uint8_t* firstRow = nullptr;  // row 0
+  ptrdiff_t stride = 0;         // from row y to row y + 1
+  std::vector<uint8_t*> rows;   // where a row table may be given
+  REALrowTablePicture rowTable{};
+  BitmapContext context;
+  GraphicsWorld world;
+
+  Ref<Picture> mask;
+
+  CachedRendering cached = CachedRendering::kNone;
+  uint32_t freshColour = 0;
+  std::vector<uint8_t> rendering;  // for kKept
+
+  int64_t descriptionLocks = 0;
+  int64_t pixelLocks = 0;
+  std::function<void(REALpictureDescription&)> descriptionHook;
+
+  bool HasMemory() const { return memory != nullptr; }
+  uint8_t* Row(int32_t y) const { return firstRow + y * stride; }
+  void DiscardRendering() {
+    cached = CachedRendering::kNone;
+    rendering = {};
+  }
+};
+
+// Why a layout can't be; empty when it can.
+std::string WhyNoLayout(const PictureLayout& layout);
+
+// Why a picture of this size and layout can't be; empty when it can.
+std::string WhyNoPicture(const Settings& settings, int64_t width, int64_t height,
+                         const PictureLayout& layout);
+
+// The layout of a fresh picture in this application, without or with an alpha channel.
+PictureLayout FreshLayout(const Settings& settings, bool alpha);
+
+// Pictures as their handles' first reference. Null when the size or the layout can't be, or when
+// there isn't enough memory.
+Picture* MakePicture(HostState& state, int32_t width, int32_t height, const PictureLayout& layout);
+Picture* MakeEmptyPicture(HostState& state);
+
+// Gives an empty picture its pixels, in the fresh colour. False as MakePicture's null.
+bool GivePixels(HostState& state, Picture& picture, int32_t width, int32_t height,
+                const PictureLayout& layout);
+
+}  // namespace host::runtime
