@@ -1,0 +1,142 @@
+#!/usr/bin/env python3
+"""Says whether a 32-bit macOS bundle is sound: that it exports and imports what it may and nothing
+else, and that it works at whatever address it is loaded.
+
+    check.py BUNDLE MOVED EXPORTS LIBRARY.tbd...
+
+MOVED is the same bundle linked at another address. The words in which the two differ are those
+that a loader has to correct, and they must be the ones that the bundle says it should. An unsound
+bundle is deleted, so that a build can't go on with it.
+"""
+import os
+import re
+import struct
+import subprocess
+import sys
+
+FORBIDDEN_SECTIONS = ("__mod_init_func", "__mod_term_func", "__stubs", "__stub_helper",
+                      "__symbol_stub", "__la_symbol_ptr", "__nl_symbol_ptr", "__pointers")
+# In every image that this linker makes, and bound in none that has no lazy bindings.
+NAMED_BY_LINKER = {"dyld_stub_binder"}
+ZERO_FILL = 1
+
+problems = []
+
+
+def check(holds, message):
+    if not holds:
+        problems.append(message)
+
+
+def objdump(path, *options):
+    command = ["llvm-objdump-14", "--macho", *options, path]
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def rows(path, table):
+    """The lines of one of dyld's tables, as lists of columns."""
+    lines = objdump(path, f"--{table}").splitlines()
+    return [line.split() for line in lines if re.search(r"\b0x[0-9A-F]{8}\b", line)]
+
+
+class Image:
+    """What the load commands of a 32-bit image say."""
+
+    def __init__(self, path):
+        self.bytes = open(path, "rb").read()
+        self.segments, self.sections, self.libraries = {}, {}, []
+        magic, _, _, self.kind, count, _, self.flags = struct.unpack_from("<7I", self.bytes)
+        check(magic == 0xFEEDFACE, "not a 32-bit image")
+        at = 28
+        for _ in range(count):
+            command, size = struct.unpack_from("<2I", self.bytes, at)
+            if command == 0x1:  # LC_SEGMENT
+                self.read_segment(at)
+            elif command == 0xB:  # LC_DYSYMTAB
+                self.relocations = struct.unpack_from("<4I", self.bytes, at + 64)
+            elif command & 0x7FFFFFFF in (0xC, 0x18, 0x1F):  # a library, weak or re-exported too
+                start = at + struct.unpack_from("<I", self.bytes, at + 8)[0]
+                self.libraries.append(self.bytes[start:at + size].split(b"\0")[0].decode())
+            at += size
+
+    def read_segment(self, at):
+        name = self.bytes[at + 8:at + 24].rstrip(b"\0").decode()
+        address, _, offset, size, _, _, count, _ = struct.unpack_from("<8I", self.bytes, at + 24)
+        self.segments[name] = (address, self.bytes[offset:offset + size])
+        for at in range(at + 56, at + 56 + 68 * count, 68):
+            section = self.bytes[at:at + 16].rstrip(b"\0").decode()
+            self.sections[section] = (name, *struct.unpack_from("<7I", self.bytes, at + 32))
+
+
+def check_interface(path, image, exports, libraries):
+    """The exports, and each import from the library that has it."""
+    exported = {line.split()[1] for line in objdump(path, "--exports-trie").splitlines()
+                if line.startswith("0x")}
+    check(exported == exports, f"exports {sorted(exported)}")
+
+    names = {re.search(r"install-name:\s*'([^']+)'", text)[1]: set(re.findall(r"\b_\w+", text))
+             for text in libraries}
+    check(sorted(image.libraries) == sorted(names), f"loads {image.libraries}")
+    short = {name.rsplit("/", 1)[1].split(".")[0]: symbols for name, symbols in names.items()}
+    permitted = {(name, symbol) for name, symbols in short.items() for symbol in symbols}
+    bound = set()
+    for _, _, address, kind, addend, library, symbol, *more in rows(path, "bind"):
+        check(kind == "pointer" and addend == "0" and not more, f"odd binding at {address}")
+        bound.add((library, symbol))
+    check(bound <= permitted, f"imports {sorted(bound - permitted)}")
+    # Which of the C library's functions are called is the compiler's choice.
+    unused = {(library, symbol) for library, symbol in permitted - bound if library != "libSystem"}
+    check(not unused, f"doesn't use {sorted(unused)}, which are listed")
+    undefined = set(subprocess.run(["llvm-nm-14", "-uj", path], check=True, capture_output=True,
+                                   text=True).stdout.split())
+    check(undefined - NAMED_BY_LINKER == {symbol for _, symbol in bound}, "symbols left undefined")
+    check(not rows(path, "lazy-bind") and not rows(path, "weak-bind"), "lazy or weak bindings")
+
+
+def check_addresses(path, image, moved):
+    """That exactly the listed words depend on where the image lies, and none of them in code."""
+    rebases = {int(address, 16) for _, _, address, *_ in rows(path, "rebase")}
+    (text, text_bytes), (data, data_bytes) = image.segments["__TEXT"], image.segments["__DATA"]
+    moved_by = moved.segments["__TEXT"][0] - text
+    code = min(address for segment, address, *_ in image.sections.values() if segment == "__TEXT") - text
+    check(moved_by != 0 and text_bytes[code:] == moved.segments["__TEXT"][1][code:],
+          "code depends on its address")
+    moved_data = moved.segments["__DATA"][1]
+    check(len(moved_data) == len(data_bytes), "the two images differ in size")
+    words = struct.iter_unpack("<I", data_bytes), struct.iter_unpack("<I", moved_data)
+    differing = set()
+    for place, ((word,), (moved_word,)) in enumerate(zip(*words)):
+        if word != moved_word:
+            differing.add(data + 4 * place)
+            check(moved_word - word == moved_by, f"{data + 4 * place:#x} moves by another distance")
+    check(rebases and rebases == differing, f"wrong rebases {sorted(map(hex, rebases ^ differing))}")
+    check(not any(image.relocations), "relocations outside the tables")
+
+
+def check_sections(image):
+    check(image.kind == 8, "not a bundle")
+    check(set(image.segments) == {"__TEXT", "__DATA", "__LINKEDIT"}, f"segments {set(image.segments)}")
+    check(not image.flags & 0x8000 + 0x10000, "weak symbols to be shared with other images")
+    for name, (segment, address, size, _, _, _, relocations, flags) in image.sections.items():
+        check(not name.startswith(FORBIDDEN_SECTIONS), f"has a section {name}")
+        check(relocations == 0, f"relocations in {name}")
+        if flags & 0xFF == ZERO_FILL:
+            start, contents = image.segments[segment]
+            check(not any(contents[address - start:address - start + size]), f"{name} isn't zero")
+
+
+def main():
+    path, moved, exports, *libraries = sys.argv[1:]
+    image = Image(path)
+    check_sections(image)
+    check_interface(path, image, set(open(exports).read().split()),
+                    [open(library).read() for library in libraries])
+    check_addresses(path, image, Image(moved))
+    for problem in problems:
+        print(f"{os.path.basename(path)}: {problem}", file=sys.stderr)
+    if problems:
+        os.remove(path)
+    sys.exit(1 if problems else 0)
+
+
+main()
