@@ -1,5 +1,8 @@
 #include "tests/support/fixture.h"
 
+#include "tests/support/macho_imports.h"
+#include "tests/support/macho_loader.h"
+
 namespace support {
 
 namespace {
@@ -9,13 +12,42 @@ std::filesystem::path& PluginPathSetting() {
   return path;
 }
 
+uintptr_t& LoadAddressSetting() {
+  static uintptr_t address = 0x20000000;
+  return address;
+}
+
+// The bundle stays where it is until the next takes its place: as a library that the host unloads,
+// it is fresh for each host.
+void LoadBundle(host::Host& host) {
+  static std::unique_ptr<MachoBundle> bundle;
+  bundle.reset();
+  const auto import = [&](std::string_view library, std::string_view symbol) {
+    return MacImport(host.Resolver(), library, symbol);
+  };
+  bundle = std::make_unique<MachoBundle>(PluginPath(), LoadAddressSetting(), import);
+  void* pluginMain = bundle->Find("_REALPluginMain");
+  if (pluginMain == nullptr) throw host::Error("the bundle has no REALPluginMain");
+  host.StartPlugin(reinterpret_cast<void (*)(REALresolver)>(pluginMain));
+}
+
 }  // namespace
 
 std::filesystem::path PluginPath() { return PluginPathSetting(); }
 
 void SetPluginPath(std::filesystem::path path) { PluginPathSetting() = std::move(path); }
 
-void LoadPluginUnderTest(host::Host& host) { host.LoadPlugin(PluginPath()); }
+void SetLoadAddress(uintptr_t address) { LoadAddressSetting() = address; }
+
+bool PluginIsBundle() { return PluginPath().extension() == ".bundle"; }
+
+void LoadPluginUnderTest(host::Host& host) {
+  if (PluginIsBundle()) {
+    LoadBundle(host);
+  } else {
+    host.LoadPlugin(PluginPath());
+  }
+}
 
 host::Host& PluginTest::StartWithoutPlugin(const host::Settings& settings) {
   EndHost();

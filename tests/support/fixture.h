@@ -19,6 +19,11 @@ namespace support {
 std::filesystem::path PluginPath();
 void SetPluginPath(std::filesystem::path path);
 
+// Whether that is a macOS bundle, whose platform functions are linked and so can't be missing, and
+// where it is to be loaded (--load-address=ADDRESS).
+bool PluginIsBundle();
+void SetLoadAddress(uintptr_t address);
+
 // Loads the plug-in under test into a host.
 void LoadPluginUnderTest(host::Host& host);
 

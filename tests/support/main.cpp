@@ -1,4 +1,4 @@
-// The tests' own options: --plugin=PATH and --seed=N.
+// The tests' own options: --plugin=PATH, --load-address=ADDRESS and --seed=N.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -36,6 +36,8 @@ int main(int argc, char** argv) {
     const std::string_view argument = argv[i];
     if (argument.starts_with("--plugin=")) {
       support::SetPluginPath(argument.substr(9));
+    } else if (argument.starts_with("--load-address=")) {
+      support::SetLoadAddress(std::strtoul(argv[i] + 15, nullptr, 0));
     } else if (argument.starts_with("--seed=")) {
       support::SetSeed(std::strtoull(argv[i] + 7, nullptr, 10));
     } else {

@@ -1,0 +1,15 @@
+// What a Mac offers to a bundle, served by the test process and the embedded host.
+#pragma once
+
+#include <string_view>
+
+#include "plugin/binding/records.h"
+
+namespace support {
+
+// The address of `symbol` of the library installed at `library`; null when there is no such symbol
+// in that very library. The C functions are the process's own; those of the frameworks are what
+// `resolver` finds under their names, given C strings where the bundle gives constant CFStrings.
+void* MacImport(REALresolver resolver, std::string_view library, std::string_view symbol);
+
+}  // namespace support

@@ -1,0 +1,59 @@
+// Loads a 32-bit macOS bundle into a 32-bit Linux process, in place of dlopen.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace support {
+
+class MachoBundle {
+ public:
+  // Gives the address of what the bundle imports as `symbol` from the library at `library`; null
+  // when that library doesn't have it.
+  using Importer = std::function<void*(std::string_view library, std::string_view symbol)>;
+
+  // Maps the bundle at `address`, a multiple of the page size at which the process has nothing,
+  // corrects what depends on the address and binds the imports. Throws std::runtime_error, which
+  // says why not; an image that asks for more than a picture plug-in needs is refused too.
+  MachoBundle(const std::filesystem::path& path, uintptr_t address, const Importer& importer);
+  ~MachoBundle();
+  MachoBundle(const MachoBundle&) = delete;
+  MachoBundle& operator=(const MachoBundle&) = delete;
+
+  // What the bundle exports as `symbol`, with its leading underscore; null when it doesn't.
+  void* Find(std::string_view symbol) const;
+
+ private:
+  // As in the load command; addresses are those that the bundle was linked for.
+  struct Segment {
+    uint32_t address = 0;
+    uint32_t size = 0;
+    uint32_t fileOffset = 0;
+    uint32_t fileSize = 0;
+    int32_t protection = 0;
+  };
+
+  void ReadLoadCommands();
+  void Map();
+  void Rebase();
+  void Bind(const Importer& importer);
+  void Protect();
+  uint32_t* WordAt(size_t segment, uint32_t offset);
+
+  std::vector<uint8_t> file;
+  std::vector<Segment> segments;
+  std::vector<std::string> libraries;
+  std::vector<uint8_t> rebases;
+  std::vector<uint8_t> bindings;
+  std::vector<uint8_t> exports;
+  uint8_t* memory = nullptr;
+  size_t memorySize = 0;
+  uintptr_t loadAddress = 0;
+};
+
+}  // namespace support
