@@ -19,10 +19,9 @@ struct Holding {
   friend bool operator==(const Holding&, const Holding&) = default;
 };
 
-// Everything that lives at one moment.
-struct Snapshot {
-  std::map<uint64_t, Holding> holdings;  // by serial number
-  size_t errors = 0;                     // so many there were
+// Everything that lives at one moment, by serial number.
+struct Snapshot : std::map<uint64_t, Holding> {
+  size_t errors = 0;  // so many there were
 };
 
 class Census {
@@ -46,8 +45,9 @@ class Census {
   std::string Listing() const;
 
   // What the plug-in did wrong, in order: references given back that it didn't have, handles used
-  // after their object's end or of the wrong kind, locks undone that weren't, writes beside pixel,
-  // block or instance memory, rows that can't be registered. None of these stops the host.
+  // after their object's end or of the wrong kind, locks undone that weren't, pictures ended by the
+  // plug-in while locked, writes beside pixel, block or instance memory, rows that can't be
+  // registered. None of these stops the host.
   const std::vector<std::string>& Errors() const { return errors; }
   void ClearErrors() { errors.clear(); }
 

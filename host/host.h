@@ -53,8 +53,8 @@ struct Settings {
 };
 
 // One at a time in a process: the functions that a plug-in calls carry no context, so they work on
-// the host that lives. Objects left when the host ends are freed without running the plug-in.
-// One thread.
+// the host that lives. Objects left when the host ends lose what they hold, without running the
+// plug-in. One thread.
 class Host {
  public:
   // Throws Error while another host lives.

@@ -98,10 +98,6 @@ std::string Picture::Describe() const {
 }
 
 void Picture::BeforeEnd() {
-  if (state->descriptionLocks > 0) {
-    runtime::Complain(Describe() + " ended while its description was locked");
-  }
-  if (state->pixelLocks > 0) runtime::Complain(Describe() + " ended while its pixels were locked");
   if (!GuardsIntact()) runtime::Complain(Describe() + " was written beside its pixels");
   runtime::HostState* hostState = runtime::CurrentState();
   if (hostState->currentWorld == &state->world) {

@@ -3,6 +3,7 @@
 #include "host/runtime/entries.h"
 #include "host/runtime/functions.h"
 #include "host/runtime/guarded_call.h"
+#include "host/runtime/picture_state.h"
 
 namespace host::runtime {
 namespace {
@@ -13,6 +14,15 @@ void* RegisteredMethod(HostState& state, const std::string& className, const cha
     return state.host.registry.Find(className, declaration).function;
   } catch (const Error&) {
     return nullptr;
+  }
+}
+
+// A program may let go of a picture that the plug-in left locked; the plug-in itself may not.
+void ComplainOfLocks(const Object& object) {
+  if (object.GetKind() != Kind::kPicture || object.References() != 1) return;
+  const PictureState& picture = static_cast<const Picture&>(object).State();
+  if (picture.descriptionLocks > 0 || picture.pixelLocks > 0) {
+    Complain("REALUnlockObject: " + object.Describe() + " ends while it is locked");
   }
 }
 
@@ -50,6 +60,7 @@ void UnlockObject(HostState& state, REALobject handle) {
   Object* object = LookUp<Object>(state, handle, "REALUnlockObject");
   if (object == nullptr) return;
   if (object->GetKind() == Kind::kString) throw Error("a string is unlocked with REALUnlockString");
+  ComplainOfLocks(*object);
   state.objects.Release(object);
 }
 

@@ -1,12 +1,19 @@
 #include "host/runtime/objects.h"
 
+#include <vector>
+
 #include "host/runtime/host_state.h"
 
 namespace host::runtime {
 
 Objects::~Objects() {
-  // The host ends: nothing of the plug-in runs any more, and no Ref counts.
-  for (const auto& [serial, object] : bySerial) delete object;
+  // The host ends: nothing of the plug-in runs any more. A Ref that outlives the host must not meet
+  // another object at its own object's address, so what still lives is emptied and stays.
+  static auto* abandoned = new std::vector<Object*>;
+  for (const auto& [serial, object] : bySerial) {
+    object->Dispose();
+    abandoned->push_back(object);
+  }
   for (Object* object : ended) delete object;
 }
 
