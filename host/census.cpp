@@ -67,10 +67,10 @@ Snapshot Census::Take() const {
   const HostState* state = CurrentState();
   if (state == nullptr) return snapshot;
   for (const auto& [serial, object] : state->objects.Live()) {
-    if (!StaysForEver(*object)) snapshot.emplace(serial, HoldingOf(*object));
+    if (!StaysForEver(*object)) snapshot.holdings.emplace(serial, HoldingOf(*object));
   }
   for (const auto& [data, record] : state->stringData) {
-    snapshot.emplace(record.serial, Holding{record.what, 1, 0, 0});
+    snapshot.holdings.emplace(record.serial, Holding{record.what, 1, 0, 0});
   }
   snapshot.errors = errors.size();
   return snapshot;
@@ -78,13 +78,13 @@ Snapshot Census::Take() const {
 
 std::vector<std::string> Census::Difference(const Snapshot& before) const {
   std::vector<std::string> lines;
-  const Snapshot after = Take();
-  for (const auto& [serial, holding] : before) {
+  const std::map<uint64_t, Holding> after = Take().holdings;
+  for (const auto& [serial, holding] : before.holdings) {
     const auto now = after.find(serial);
     Compare(holding, now == after.end() ? Holding{} : now->second, lines);
   }
   for (const auto& [serial, holding] : after) {
-    if (!before.contains(serial)) Compare(Holding{}, holding, lines);
+    if (!before.holdings.contains(serial)) Compare(Holding{}, holding, lines);
   }
   if (const HostState* state = CurrentState()) {
     for (const auto& [serial, object] : state->objects.Live()) {
@@ -113,7 +113,7 @@ int64_t Census::Live(Kind kind) const {
 
 std::string Census::Listing() const {
   std::string text;
-  for (const auto& [serial, holding] : Take()) {
+  for (const auto& [serial, holding] : Take().holdings) {
     text += holding.what + ": " + Amounts(holding, Holding{}) + "\n";
   }
   return text;

@@ -19,9 +19,10 @@ struct Holding {
   friend bool operator==(const Holding&, const Holding&) = default;
 };
 
-// Everything that lives at one moment, by serial number.
-struct Snapshot : std::map<uint64_t, Holding> {
-  size_t errors = 0;  // so many there were
+// Everything that lives at one moment.
+struct Snapshot {
+  std::map<uint64_t, Holding> holdings;  // by serial number
+  size_t errors = 0;                     // so many there were
 };
 
 class Census {
