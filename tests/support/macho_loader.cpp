@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "tests/support/macho_format.h"
@@ -30,7 +29,9 @@ MachoBundle::MachoBundle(const std::filesystem::path& path, uintptr_t address,
   if (sizeof(void*) != kWord) Refuse("needs a 32-bit process");
   std::ifstream input(path, std::ios::binary);
   if (!input) Refuse("can't open " + path.string());
-  file.assign(std::istreambuf_iterator<char>(input), {});
+  file.resize(static_cast<size_t>(std::filesystem::file_size(path)));
+  input.read(reinterpret_cast<char*>(file.data()), static_cast<std::streamsize>(file.size()));
+  if (!input) Refuse("can't read " + path.string());
   ReadLoadCommands();
   Map();
   try {
