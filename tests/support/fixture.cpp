@@ -88,9 +88,9 @@ void PluginTest::ExpectBalance(const host::Callable& callable, const host::Snaps
   host::Snapshot expected = before;
   if (result != nullptr) {
     const host::Snapshot now = Host().census.Take();
-    const auto entry = now.find(result->Serial());
-    ASSERT_NE(entry, now.end()) << callable.text << ": the result isn't alive";
-    host::Holding& holding = expected[result->Serial()];
+    const auto entry = now.holdings.find(result->Serial());
+    ASSERT_NE(entry, now.holdings.end()) << callable.text << ": the result isn't alive";
+    host::Holding& holding = expected.holdings[result->Serial()];
     holding.what = entry->second.what;
     holding.references += 1;
   }
