@@ -2,7 +2,7 @@
 """Says whether a 32-bit macOS bundle is sound: that it exports and imports what it may and nothing
 else, and that it works at whatever address it is loaded.
 
-    check.py BUNDLE MOVED EXPORTS LIBRARY.tbd...
+    check.py BUNDLE MOVED -exported_symbols_list EXPORTS LIBRARY.tbd...
 
 MOVED is the same bundle linked at another address. The words in which the two differ are those
 that a loader has to correct, and they must be the ones that the bundle says it should. An unsound
@@ -126,7 +126,7 @@ def check_sections(image):
 
 
 def main():
-    path, moved, exports, *libraries = sys.argv[1:]
+    path, moved, _, exports, *libraries = sys.argv[1:]
     image = Image(path)
     check_sections(image)
     check_interface(path, image, set(open(exports).read().split()),

@@ -1,7 +1,6 @@
 #include "tests/support/fixture.h"
 
 #include "tests/support/macho_imports.h"
-#include "tests/support/macho_loader.h"
 
 namespace support {
 
@@ -17,20 +16,6 @@ uintptr_t& LoadAddressSetting() {
   return address;
 }
 
-// The bundle stays where it is until the next takes its place: as a library that the host unloads,
-// it is fresh for each host.
-void LoadBundle(host::Host& host) {
-  static std::unique_ptr<MachoBundle> bundle;
-  bundle.reset();
-  const auto import = [&](std::string_view library, std::string_view symbol) {
-    return MacImport(host.Resolver(), library, symbol);
-  };
-  bundle = std::make_unique<MachoBundle>(PluginPath(), LoadAddressSetting(), import);
-  void* pluginMain = bundle->Find("_REALPluginMain");
-  if (pluginMain == nullptr) throw host::Error("the bundle has no REALPluginMain");
-  host.StartPlugin(reinterpret_cast<void (*)(REALresolver)>(pluginMain));
-}
-
 }  // namespace
 
 std::filesystem::path PluginPath() { return PluginPathSetting(); }
@@ -41,9 +26,22 @@ void SetLoadAddress(uintptr_t address) { LoadAddressSetting() = address; }
 
 bool PluginIsBundle() { return PluginPath().extension() == ".bundle"; }
 
+MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
+  static std::unique_ptr<MachoBundle> bundle;
+  bundle.reset();
+  const auto import = [&](std::string_view library, std::string_view symbol) {
+    return MacImport(host.Resolver(), library, symbol);
+  };
+  bundle = std::make_unique<MachoBundle>(path, LoadAddressSetting(), import);
+  void* pluginMain = bundle->Find("_REALPluginMain");
+  if (pluginMain == nullptr) throw host::Error("the bundle has no REALPluginMain");
+  host.StartPlugin(reinterpret_cast<void (*)(REALresolver)>(pluginMain));
+  return *bundle;
+}
+
 void LoadPluginUnderTest(host::Host& host) {
   if (PluginIsBundle()) {
-    LoadBundle(host);
+    LoadBundle(host, PluginPath());
   } else {
     host.LoadPlugin(PluginPath());
   }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "host/host.h"
+#include "tests/support/macho_loader.h"
 #include "tests/support/pictures.h"
 #include "tests/support/random.h"
 
@@ -23,6 +24,10 @@ void SetPluginPath(std::filesystem::path path);
 // where it is to be loaded (--load-address=ADDRESS).
 bool PluginIsBundle();
 void SetLoadAddress(uintptr_t address);
+
+// Loads a macOS bundle into a host. It stays where it is until the next takes its place, so that it
+// is as fresh for each host as a library is that the host unloads.
+MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path);
 
 // Loads the plug-in under test into a host.
 void LoadPluginUnderTest(host::Host& host);

@@ -1,6 +1,7 @@
 #include "tests/support/internals.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 #include "classes/lut3d.h"
 #include "classes/sepia.h"
@@ -26,6 +27,24 @@ void Destroy(PictureEditor* editor) {
   free(editor);
 }
 
+#ifdef __APPLE__
+// A constant string whose text isn't known before the test runs.
+void* LoadFramework(const char* name) {
+  struct {
+    const void* isa;
+    uintptr_t flags;
+    const char* text;
+    size_t length;
+  } string;
+  memcpy(&string, PLATFORM_STRING(""), sizeof(string));
+  string.text = name;
+  string.length = strlen(name);
+  return LoadFrameworkBundle(&string);
+}
+#else
+void* LoadFramework(const char* name) { return LoadFrameworkBundle(name); }
+#endif
+
 const support::Internals kInternals = {
     &gResolver,
     &rbversion,
@@ -45,7 +64,7 @@ const support::Internals kInternals = {
     REALGetStringData,
     REALDisposeStringData,
     RaiseException,
-    [](const char* name) { return LoadFrameworkBundle(name); },
+    LoadFramework,
     UnlockPixels,
     []() -> PictureEditor* { return Make<PictureReader>(); },
     Make<PictureWriter>,

@@ -1,6 +1,6 @@
 // What the plug-in doesn't export, for the tests of its lower rooms.
 //
-// The tests load a second build of the same objects, PictureInternals.so, which exports this table
+// The tests load a second build of the same objects, PictureInternals, which exports this table
 // beside REALPluginMain. It is loaded anew for each host, as the plug-in is, so that every test
 // finds the caches of host functions empty.
 #pragma once

@@ -1,4 +1,4 @@
-// A host with PictureInternals.so loaded in place of the plug-in.
+// A host with PictureInternals loaded in place of the plug-in.
 #pragma once
 
 #include <dlfcn.h>
@@ -25,11 +25,7 @@ class InternalsTest : public PluginTest {
                              const std::vector<std::string>& hidden = {}) {
     host::Host& host = StartWithoutPlugin(settings);
     for (const std::string& entry : hidden) host.faults.Hide(entry);
-    host.LoadPlugin(PICTURE_INTERNALS);
-    void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);
-    auto* table = reinterpret_cast<const Internals* (*)()>(dlsym(library, "PictureInternals"));
-    internals = table();
-    dlclose(library);
+    internals = LoadInternals(host)();
     return host;
   }
 
@@ -41,6 +37,20 @@ class InternalsTest : public PluginTest {
   }
 
   const Internals* internals = nullptr;
+
+ private:
+  using Table = const Internals* (*)();
+  static Table LoadInternals(host::Host& host) {
+    if (PluginIsBundle()) {
+      const std::filesystem::path path = PluginPath().replace_filename("PictureInternals.bundle");
+      return reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"));
+    }
+    host.LoadPlugin(PICTURE_INTERNALS);
+    void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);
+    auto table = reinterpret_cast<Table>(dlsym(library, "PictureInternals"));
+    dlclose(library);
+    return table;
+  }
 };
 
 }  // namespace support

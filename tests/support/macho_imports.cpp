@@ -48,7 +48,7 @@ void* AppendPathComponent(void* allocator, void* url, const void* name, uint8_t 
   using Append = void*(void*, void*, const void*, uint8_t);
   const char* text = TextOf(name);
   auto* append = Hosted<Append>("CFURLCreateCopyAppendingPathComponent");
-  return text != nullptr ? append(allocator, url, text, isDirectory) : nullptr;
+  return text != nullptr && append != nullptr ? append(allocator, url, text, isDirectory) : nullptr;
 }
 
 void* FunctionPointerForName(void* bundle, const void* name) {
@@ -65,6 +65,10 @@ void Repeat16Bytes(void* bytes, const void* pattern, size_t count) {
     static_cast<uint8_t*>(bytes)[i] = static_cast<const uint8_t*>(pattern)[i % 16];
   }
 }
+
+// What stands in for a function that the host doesn't have.
+uintptr_t Nothing() { return 0; }
+int16_t FolderNotFound() { return -43; }
 
 template <class Function>
 void* Address(Function* function) {
@@ -110,8 +114,10 @@ void* MacImport(REALresolver resolver, std::string_view library, std::string_vie
   gHostResolver = resolver;
   for (const Import& import : kImports) {
     if (import.library != library || import.symbol != symbol) continue;
+    if (import.address != nullptr) return import.address;
     const char* plainName = import.symbol + 1;  // symbols carry an underscore before the C name
-    return import.address != nullptr ? import.address : resolver(plainName);
+    if (void* hosted = resolver(plainName)) return hosted;
+    return symbol == "_FSFindFolder" ? Address(FolderNotFound) : Address(Nothing);
   }
   return nullptr;
 }

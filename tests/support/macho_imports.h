@@ -10,6 +10,8 @@ namespace support {
 // The address of `symbol` of the library installed at `library`; null when there is no such symbol
 // in that very library. The C functions are the process's own; those of the frameworks are what
 // `resolver` finds under their names, given C strings where the bundle gives constant CFStrings.
+// What it doesn't find is a function that fails: a bundle whose imports are missing wouldn't be
+// loaded.
 void* MacImport(REALresolver resolver, std::string_view library, std::string_view symbol);
 
 }  // namespace support
