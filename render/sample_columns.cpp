@@ -64,7 +64,8 @@ constexpr int32_t FirstSample(int32_t column, int32_t columnCount, int32_t sampl
 
 template <class Samples>
 double Reduce(const uint8_t* bytes, int32_t sampleCount, const SampleColumns& columns) {
-  const auto* samples = reinterpret_cast<const typename Samples::Sample*>(bytes);
+  const typename Samples::Sample* samples =
+      reinterpret_cast<const typename Samples::Sample*>(bytes);
   double peak = 0;
   RunWidest([&] {
     for (int32_t column = 0; column < columns.count; ++column) {

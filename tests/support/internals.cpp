@@ -11,6 +11,7 @@
 #include "plugin/binding/strings.h"
 #include "plugin/entry.h"
 #include "plugin/tables.h"
+#include "render/wu_line.h"
 
 // There is no operator new here either: editors are built in memory from malloc.
 inline void* operator new(size_t, void* place) noexcept { return place; }
@@ -76,6 +77,13 @@ const support::Internals kInternals = {
       return writer->NewPictureWriter(width, height, alpha);
     },
     [](PictureEditor* editor) { return editor->RenderPictureWriter(); },
+    [](PictureWriter* writer, const int32_t outline[3], int32_t x0, int32_t y0, int32_t x1,
+       int32_t y1) {
+      gOutLineColorR = outline[0];
+      gOutLineColorG = outline[1];
+      gOutLineColorB = outline[2];
+      DrawWuLine(*writer, x0, y0, x1, y1);
+    },
 };
 
 }  // namespace

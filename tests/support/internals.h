@@ -42,6 +42,10 @@ struct Internals {
   bool (*open)(PictureEditor*, REALpicture, bool rasterizeIfNeeded, bool modifies);
   bool (*newPictureWriter)(PictureWriter*, int32_t, int32_t, bool);
   REALpicture (*render)(PictureEditor*);
+
+  // A line in the outline colour given.
+  void (*drawWuLine)(PictureWriter*, const int32_t outline[3], int32_t x0, int32_t y0, int32_t x1,
+                     int32_t y1);
 };
 
 }  // namespace support
