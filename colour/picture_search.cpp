@@ -10,6 +10,7 @@
 // and the haystack's, come from further down than they stand, and from row 0 once a cursor has
 // passed the last row. The y that is stored counts the rows tried all the same.
 
+#include "pixels/bits.h"
 #include "pixels/buffer.h"
 #include "pixels/colour_match.h"
 #include "pixels/rows.h"
@@ -38,81 +39,124 @@ bool SameRow(const Word* haystack, const Word* needle, int32_t count) {
 }
 
 // The needle's first row, looked for in rows of the haystack. Two of its pixels that differ, if
-// there are such, are looked for first, whole vectors at a time. What they leave is compared, and a
-// pixel of the haystack that has matched isn't compared again (the method of Knuth, Morris and
-// Pratt), so that a row takes no longer for being repetitive.
+// there are such, are looked for first, whole vectors at a time. What they leave is compared, and
+// goes on where the comparison stopped (the method of Knuth, Morris and Pratt), so that a row takes
+// no longer for being repetitive.
 template <Layout kHaystack, Layout kNeedle>
 class FirstRow {
  public:
   FirstRow(const Word* needle, int32_t count)
       : needle_(needle),
         count_(count),
-        borders_(Buffer::Uncleared(static_cast<size_t>(count) * sizeof(int32_t))) {
-    first_ = At(0);
-    while (distance_ + 1 < count && At(distance_) == first_) ++distance_;
-    second_ = At(distance_);
-    if (borders_) FindBorders();
+        retries_(Buffer::Uncleared(static_cast<size_t>(count) * sizeof(int32_t))) {
+    PlaceProbes();
+    if (retries_) FindRetries();
   }
 
   // The first of the columns from `column` to `end` - 1 of a row at which the needle's row begins;
   // `end` when there is none.
   int32_t Find(const Word* row, int32_t column, int32_t end) const {
+    Candidates known{column - kWordBits, 0};
     int32_t matched = 0;
     while (column < end) {
       if (matched == 0) {
-        column = Candidate(row, column, end);
-        if (column == end) return end;
+        column = NextCandidate(row, column, end, known);
+        if (column == end) break;
       }
-      while (matched < count_ && HasNeedlePixel(row[column + matched], matched)) ++matched;
+      while (matched < count_ && (row[column + matched] & kChannels) == At(matched)) ++matched;
       if (matched == count_) return column;
-      // Without memory for the borders every candidate is compared from its start.
-      const int32_t kept = borders_ ? Borders()[matched] : 0;
-      column += borders_ ? matched - kept : 1;
-      matched = kept;
+      if (retries_) {
+        const int32_t retry = Retries()[matched];
+        column += matched - retry;
+        matched = retry < 0 ? 0 : retry;
+      } else {  // without memory every candidate is compared from its start
+        column += 1;
+        matched = 0;
+      }
     }
     return end;
   }
 
  private:
+  static constexpr uint32_t kChannels = kChannelBits<kHaystack>;
+  static constexpr int32_t kProbes = 8;
+  // A pixel of the needle's row and how far it is from the first.
+  struct Probe {
+    int32_t distance;
+    uint32_t pixel;
+  };
+  // A bit for each of the columns from `from` on, set where the two pixels are in their places.
+  struct Candidates {
+    int32_t from;
+    uint32_t bits;
+  };
+
   uint32_t At(int32_t x) const { return Translated<kHaystack, kNeedle>(needle_[x]); }
-  bool HasNeedlePixel(uint32_t word, int32_t x) const {
-    return (word & kChannelBits<kHaystack>) == At(x);
-  }
-  int32_t* Borders() const { return reinterpret_cast<int32_t*>(borders_.bytes()); }
+  int32_t* Retries() const { return reinterpret_cast<int32_t*>(retries_.bytes()); }
 
-  // Borders()[n], 0 < n < count: how many pixels at the end of the first n, fewer than n and as
-  // many as possible, equal those at the start.
-  void FindBorders() {
-    int32_t* borders = Borders();
-    int32_t border = 0;
+  // Retries()[n]: where the first n pixels matched and the next didn't, how many of the needle's
+  // pixels match at the next place that is possible; -1 when that is after the pixel that didn't.
+  void FindRetries() {
+    int32_t* retries = Retries();
+    retries[0] = -1;
+    int32_t border = 0;  // the pixels at the end of the first n that equal those at the start
     for (int32_t n = 1; n < count_; ++n) {
-      borders[n] = border;
-      while (border > 0 && At(n) != At(border)) border = borders[border];
-      if (At(n) == At(border)) ++border;
+      retries[n] = At(n) == At(border) ? retries[border] : border;
+      while (border >= 0 && At(n) != At(border)) border = retries[border];
+      ++border;
     }
   }
 
-  bool IsCandidate(const Word* row, int32_t column) const {
-    const uint32_t difference = (row[column] ^ first_) | (row[column + distance_] ^ second_);
-    return (difference & kChannelBits<kHaystack>) == 0;
+  // The first pixel, the first that differs from it if there is one, and more across the row.
+  void PlaceProbes() {
+    int32_t other = 0;
+    while (other + 1 < count_ && At(other) == At(0)) ++other;
+    probes_[0] = {0, At(0)};
+    probes_[1] = {other, At(other)};
+    for (int32_t i = 2; i < kProbes; ++i) {
+      const auto x = static_cast<int32_t>(int64_t{count_ - 1} * (i - 1) / (kProbes - 2));
+      probes_[i] = {x, At(x)};
+    }
   }
 
-  int32_t Candidate(const Word* row, int32_t column, int32_t end) const {
-    for (; column + kBlock <= end; column += kBlock) {
-      uint32_t candidates = 0;
-      for (int32_t i = 0; i < kBlock; ++i) candidates |= IsCandidate(row, column + i) ? 1 : 0;
-      if (candidates != 0) break;
+  // Whether the first `kCount` probes find what they look for in the row that begins at `pixel`.
+  template <int32_t kCount>
+  bool Probed(const Word* pixel) const {
+    uint32_t difference = 0;
+    for (int32_t i = 0; i < kCount; ++i) {
+      difference |= pixel[probes_[i].distance] ^ probes_[i].pixel;
     }
-    while (column < end && !IsCandidate(row, column)) ++column;
-    return column;
+    return (difference & kChannels) == 0;
+  }
+
+  bool AnyCandidate(const Word* pixels) const {
+    uint32_t any = 0;
+    for (int32_t i = 0; i < kBlock; ++i) any |= Probed<2>(pixels + i) ? 1 : 0;
+    return any != 0;
+  }
+
+  // The next column from `column` on at which the two pixels are in their places.
+  int32_t NextCandidate(const Word* row, int32_t column, int32_t end, Candidates& known) const {
+    if (column < known.from + kWordBits) {
+      const uint32_t rest = known.bits >> (column - known.from);
+      if (rest != 0) return column + LowestBit(rest);
+      column = known.from + kWordBits;
+    }
+    while (column < end) {
+      while (column + kBlock <= end && !AnyCandidate(row + column)) column += kBlock;
+      known.from = column;
+      known.bits =
+          BitsWhere(end - column, [&](int32_t i) { return Probed<kProbes>(row + column + i); });
+      if (known.bits != 0) return column + LowestBit(known.bits);
+      column += kWordBits;
+    }
+    return end;
   }
 
   const Word* needle_;
   int32_t count_;
-  uint32_t first_;
-  uint32_t second_;
-  int32_t distance_ = 0;  // from the first to the second
-  Buffer borders_;
+  Probe probes_[kProbes];
+  Buffer retries_;
 };
 
 const Word* RowOf(const PictureEditor& editor) {

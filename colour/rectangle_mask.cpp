@@ -17,17 +17,9 @@
 #include "pixels/bit_grid.h"
 #include "pixels/write_rows.h"
 
-constexpr bool IsColoured(Pixel p) { return p.red != p.green || p.green != p.blue; }
+constexpr bool IsColoured(Pixel p) { return ((p.red ^ p.green) | (p.green ^ p.blue)) != 0; }
 
 namespace {
-
-// One bit for each of up to 32 pixels, set where it is coloured.
-template <Layout kLayout>
-uint32_t ColouredBits(const Word* pixels, int32_t count) {
-  uint32_t bits = 0;
-  for (int32_t i = 0; i < count; ++i) bits |= IsColoured(Unpack<kLayout>(pixels[i])) ? kBit[i] : 0;
-  return bits;
-}
 
 // Sets the bits of the coloured pixels; `clip` says which can be.
 void MarkColoured(const PictureEditor& source, const Rectangle& clip, const BitGrid& coloured) {
@@ -36,13 +28,12 @@ void MarkColoured(const PictureEditor& source, const Rectangle& clip, const BitG
   VisitRows(source, lookedAt, [&]<Layout kLayout>(const Word* pixels, int32_t count) {
     uint32_t* row = coloured.Row(y++);
     for (int32_t done = 0; done < count;) {
-      const int32_t bit = BitOf(clip.left + done);
-      const int32_t rest = count - done;
-      const int32_t part = rest < BitGrid::kWordBits - bit ? rest : BitGrid::kWordBits - bit;
-      const uint32_t bits = part == BitGrid::kWordBits
-                                ? ColouredBits<kLayout>(pixels + done, BitGrid::kWordBits)
-                                : ColouredBits<kLayout>(pixels + done, part);
-      row[WordOf(clip.left + done)] |= bits << bit;
+      const int32_t x = clip.left + done;
+      const int32_t toWordEnd = kWordBits - BitOf(x);
+      const int32_t part = count - done < toWordEnd ? count - done : toWordEnd;
+      const uint32_t bits =
+          BitsWhere(part, [&](int32_t i) { return IsColoured(Unpack<kLayout>(pixels[done + i])); });
+      row[WordOf(x)] |= bits << BitOf(x);
       done += part;
     }
     return true;
@@ -56,12 +47,12 @@ class JoinedColumns {
   // How many columns from `x` on, as far as its word reaches, hold something in rows top to bottom.
   int32_t RunFrom(const BitGrid& grid, int32_t x, int32_t top, int32_t bottom) {
     Join(grid, WordOf(x), top, bottom);
-    return TrailingOnes(bits_ >> BitOf(x));
+    return OnesBelow(bits_ >> BitOf(x));
   }
   // The same from `x` to the left.
   int32_t RunBackFrom(const BitGrid& grid, int32_t x, int32_t top, int32_t bottom) {
     Join(grid, WordOf(x), top, bottom);
-    return LeadingOnes(bits_ << (31 - BitOf(x)));
+    return OnesAbove(bits_ << (31 - BitOf(x)));
   }
 
  private:
@@ -101,16 +92,15 @@ Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y) {
       left -= run;
       grew = true;
     }
-    const uint32_t* below = coloured.Row(bottom + 1);
-    if (AnyBit(below, left, emptyFrom - 1) || AnyBit(below, emptyTo + 1, right)) {
+    while (AnyBit(coloured.Row(bottom + 1), left, emptyFrom - 1) ||
+           AnyBit(coloured.Row(bottom + 1), emptyTo + 1, right)) {
       ++bottom;
       emptyFrom = left;
       emptyTo = left - 1;
       grew = true;
-    } else {
-      emptyFrom = left;
-      emptyTo = right;
     }
+    emptyFrom = left;
+    emptyTo = right;
   }
   return {left, y, right + 1, bottom + 1};
 }
@@ -119,13 +109,8 @@ Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y) {
 void MoveRectangle(const Rectangle& rectangle, const BitGrid& coloured, const BitGrid& covered) {
   const int32_t last = rectangle.right - 1;
   for (int32_t y = rectangle.top; y < rectangle.bottom; ++y) {
-    uint32_t* from = coloured.Row(y);
-    uint32_t* to = covered.Row(y);
-    for (int32_t word = WordOf(rectangle.left); word <= WordOf(last); ++word) {
-      const uint32_t columns = ColumnsInWord(word, rectangle.left, last);
-      from[word] &= ~columns;
-      to[word] |= columns;
-    }
+    ClearBits(coloured.Row(y), rectangle.left, last);
+    SetBits(covered.Row(y), rectangle.left, last);
   }
 }
 
@@ -144,29 +129,25 @@ void CoverColoured(int32_t height, const BitGrid& coloured, const BitGrid& cover
         row[word] &= ~alone;
         covered.Row(y)[word] |= alone;
         if (grows == 0) break;
-        const int32_t x = word * BitGrid::kWordBits + TrailingOnes(~grows);
+        const int32_t x = word * kWordBits + LowestBit(grows);
         MoveRectangle(GrowRectangle(coloured, x, y), coloured, covered);
       }
     }
   }
 }
 
-template <Layout kLayout>
-void WriteMaskWords(Word* pixels, int32_t count, uint32_t covered) {
-  constexpr uint32_t kBlack = Pack<kLayout>({0, 0, 0});
-  constexpr uint32_t kWhite = Pack<kLayout>({255, 255, 255});
-  for (int32_t i = 0; i < count; ++i) pixels[i] = (covered & kBit[i]) != 0 ? kBlack : kWhite;
-}
-
 void WriteMask(const PictureWriter& mask, int32_t width, int32_t height, const BitGrid& covered) {
   int32_t y = 0;
   WriteRows(mask, width, height, [&]<Layout kLayout>(Word* pixels, int32_t count) {
     const uint32_t* row = covered.Row(y++);
-    const int32_t whole = count / BitGrid::kWordBits * BitGrid::kWordBits;
-    for (int32_t x = 0; x < whole; x += BitGrid::kWordBits) {
-      WriteMaskWords<kLayout>(pixels + x, BitGrid::kWordBits, row[WordOf(x)]);
+    for (int32_t x = 0; x < count; x += kWordBits) {
+      const uint32_t bits = row[WordOf(x)];
+      ForBits(count - x, [&](int32_t i) {
+        constexpr uint32_t kBlack = Pack<kLayout>({0, 0, 0});
+        constexpr uint32_t kWhite = Pack<kLayout>({255, 255, 255});
+        pixels[x + i] = (bits & kBit[i]) != 0 ? kBlack : kWhite;
+      });
     }
-    WriteMaskWords<kLayout>(pixels + whole, count - whole, row[WordOf(whole)]);
   });
 }
 
