@@ -5,10 +5,10 @@
 // 0: there is no copy, one of the pictures can't be opened, or the needle has no pixels. Alpha is
 // not looked at, and the two may lie differently in memory or be one picture.
 //
-// Where the needle's first row matches and a later one doesn't, only the row pointers go back; the
-// row cursors stay where the comparison stopped (intended). From then on the needle's later rows,
-// and the haystack's, come from further down than they stand, and from row 0 once a cursor has
-// passed the last row. The y that is stored counts the rows tried all the same.
+// Where the needle's first row matches and a later one doesn't, the row cursors of both pictures
+// stay where the comparison stopped (intended). From then on the needle's later rows, and the
+// haystack's rows, come from further down than they stand, and from row 0 once a cursor has passed
+// the last row. The y that is stored counts the rows tried all the same.
 
 #include "pixels/bits.h"
 #include "pixels/buffer.h"
@@ -182,8 +182,7 @@ bool Find(PictureReader& haystack, PictureReader& needle, int32_t* x, int32_t* y
   const int32_t columns = haystack.width - needle.width + 1;
   const int32_t rows = haystack.height - needle.height + 1;
   for (int32_t row = 0; row < rows; ++row) {
-    uint8_t* rowStart = haystack.rowPointer;
-    const Word* pixels = RowOf(haystack);
+    const Word* pixels = RowOf(haystack);  // of this row, wherever comparisons step to
     for (int32_t column = firstRow.Find(pixels, 0, columns); column < columns;
          column = firstRow.Find(pixels, column + 1, columns)) {
       if (LaterRowsMatch<kHaystack, kNeedle>(haystack, needle, column)) {
@@ -191,8 +190,6 @@ bool Find(PictureReader& haystack, PictureReader& needle, int32_t* x, int32_t* y
         *y = row;
         return true;
       }
-      haystack.rowPointer = rowStart;
-      needle.rowPointer = needle.basePointer;
     }
     haystack.NextRow();
   }
