@@ -6,7 +6,7 @@
 #include "pixels/numeric.h"
 
 // A pixel's word in its picture. Rows may begin at any byte.
-using Word = uint32_t __attribute__((aligned(1), may_alias));
+using Word [[gnu::aligned(1), gnu::may_alias]] = uint32_t;
 
 // The three ways in which red, green, blue and the fourth byte lie in memory. Bitmap contexts have
 // the first two, whether or not their alpha is premultiplied or used; row-table pictures the third.

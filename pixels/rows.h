@@ -37,10 +37,14 @@ constexpr uint32_t MapWord(const Rule& rule, Words... words) {
   }
 }
 
+// A row of a source. Spelt out, because deducing a type loses that its words begin at any byte.
+template <Layout kFrom>
+using SourceRow = const Word*;
+
 // One row: each target pixel is `rule` of the source pixels at its place. The rule is a copy, so
 // that the compiler knows that writing a pixel doesn't change it.
-template <Layout kTo, Layout... kFrom, class Rule, class... Sources>
-void MapRow(int32_t count, const Rule rule, Word* target, const Sources*... sources) {
+template <Layout kTo, Layout... kFrom, class Rule>
+void MapRow(int32_t count, const Rule rule, Word* target, SourceRow<kFrom>... sources) {
   for (int32_t x = 0; x < count; ++x) target[x] = MapWord<kTo, kFrom...>(rule, sources[x]...);
 }
 
@@ -58,7 +62,7 @@ void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Ru
         RunWidest([&] {
           for (int32_t y = rectangle.top; y < bottom; ++y) {
             MapRow<kTo, kFrom...>(right - left, rule, target.PixelAt(left, y),
-                                  static_cast<const Word*>(sources.PixelAt(left, y))...);
+                                  sources.PixelAt(left, y)...);
           }
         });
       },
