@@ -14,6 +14,8 @@
 // left to right, that no earlier one has taken. A rectangle grows by a row or column where a
 // coloured pixel that is still there lies directly beside it, corners not counted, until none does.
 
+#include <limits>
+
 #include "pixels/bit_grid.h"
 #include "pixels/write_rows.h"
 
