@@ -69,7 +69,7 @@ constexpr Tetrahedron TetrahedronOf(Pixel p) {
 // Four doubles of the table, which may lie at any address: the three channels of a grid point, and
 // one more that nobody looks at, so that they are computed together.
 using Quad = double __attribute__((vector_size(32)));
-using QuadInTable = double __attribute__((vector_size(32), aligned(1), may_alias));
+using QuadInTable __attribute__((aligned(1), may_alias)) = Quad;
 using QuadOfInt32 = int32_t __attribute__((vector_size(16)));
 
 // The colour that `table` gives for `p`:
