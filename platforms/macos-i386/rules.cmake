@@ -3,6 +3,9 @@ set(here ${CMAKE_CURRENT_LIST_DIR})
 set(libraries ${here}/libraries/Carbon.tbd ${here}/libraries/CoreFoundation.tbd
   ${here}/libraries/CoreGraphics.tbd ${here}/libraries/libSystem.tbd)
 
+# What there is no compiler's library for.
+set(PICTURE_PLATFORM_SOURCES ${here}/division.cpp)
+
 # What everything has to be made anew for.
 set(PICTURE_OBJECT_DEPENDS ${here}/assemble.py ${libraries})
 set(PICTURE_LINK_DEPENDS ${here}/check.py ${here}/rules.cmake)
