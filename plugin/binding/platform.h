@@ -48,11 +48,11 @@ bool HasBitmapContextFunctions();
 void* LoadFrameworkBundle(PlatformString name);
 
 // QuickDraw, in "ApplicationServices.framework", which is loaded at first use and stays. Where the
-// framework or a function can't be found, the call is skipped and null returned. Rectangles are
-// top, left, bottom, right.
+// framework or a function can't be found, the call is skipped and null or false returned.
+// Rectangles are top, left, bottom, right.
 void UnlockPixels(void* pixels);
 void ScrollRect(const int16_t rectangle[4], int16_t dh, int16_t dv, void* region);
 void* NewRgn();
 void DisposeRgn(void* region);
 void GetGWorld(void** world, void** device);
-void SetGWorld(void* world, void* device);
+bool SetGWorld(void* world, void* device);

@@ -70,7 +70,9 @@ void GetGWorld(void** world, void** device) {
   if (BindQuickDraw(_GetGWorld, PLATFORM_STRING("GetGWorld"))) _GetGWorld(world, device);
 }
 
-void SetGWorld(void* world, void* device) {
+bool SetGWorld(void* world, void* device) {
   static void (*_SetGWorld)(void*, void*);
-  if (BindQuickDraw(_SetGWorld, PLATFORM_STRING("SetGWorld"))) _SetGWorld(world, device);
+  if (!BindQuickDraw(_SetGWorld, PLATFORM_STRING("SetGWorld"))) return false;
+  _SetGWorld(world, device);
+  return true;
 }

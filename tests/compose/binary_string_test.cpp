@@ -324,9 +324,8 @@ TEST_F(BinaryStringTest, APictureWithoutPixelsIsAHeader) {
 }
 
 TEST_F(BinaryStringTest, WithoutABuiltStringTheResultIsNull) {
-  const PictureRef picture = Plain(3, 2, {1, 2, 3});
   Host().faults.FailAlways("REALBuildString");
-  EXPECT_FALSE(Write(picture));
+  EXPECT_FALSE(Write(Plain(3, 2, {1, 2, 3})));
 
   StartWithoutPlugin().faults.Hide("REALBuildString");
   support::LoadPluginUnderTest(Host());

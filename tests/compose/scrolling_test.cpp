@@ -507,29 +507,64 @@ TEST_F(GraphicsWorldTest, WrappingNeedsAnotherKindOfLock) {
   EXPECT_EQ(Colours(picture), before);
 }
 
-TEST_F(GraphicsWorldTest, MissingQuickDrawFunctionsAreLeftOutAndTrue) {
+TEST_F(GraphicsWorldTest, WithoutOneOfQuickDrawsFunctionsNothingMovesAndItIsTrue) {
   for (const char* entry :
-       {"GetGWorld", "SetGWorld", "NewRgn", "ScrollRect", "DisposeRgn", "FSFindFolder",
-        "CFURLCreateFromFSRef", "CFURLCreateCopyAppendingPathComponent", "CFBundleCreate",
-        "CFBundleLoadExecutable", "CFBundleGetFunctionPointerForName"}) {
+       {"GetGWorld", "SetGWorld", "NewRgn", "ScrollRect", "FSFindFolder", "CFURLCreateFromFSRef",
+        "CFURLCreateCopyAppendingPathComponent", "CFBundleCreate", "CFBundleLoadExecutable",
+        "CFBundleGetFunctionPointerForName"}) {
     SCOPED_TRACE(entry);
     StartWithoutPlugin().faults.Hide(entry);
     support::LoadPluginUnderTest(Host());
-    if (std::string(entry) == "DisposeRgn") ExpectLeft(2);  // the regions themselves
-    const PictureRef picture = World(5, 4);
-    EXPECT_TRUE(CallStoring<bool>("ScrollVerticalKRT", picture, 2, false, false));
-    EXPECT_TRUE(CallStoring<bool>("ScrollHorizontalKRT", picture, 2, false, false));
-    EXPECT_EQ(picture->DescriptionLocks(), 0);
+    {
+      const PictureRef picture = World(5, 4);
+      const std::vector<host::Rgba> before = Colours(picture);
+      EXPECT_TRUE(Down(picture, 2, false));
+      EXPECT_TRUE(Right(picture, 2, false));
+      EXPECT_TRUE(Both(picture, 2, 2, false));
+      EXPECT_EQ(Colours(picture), before);
+      EXPECT_EQ(picture->DescriptionLocks(), 0);
+    }
+    StartWithoutPlugin();  // ends the host, which looks at its census
   }
 }
 
-TEST_F(GraphicsWorldTest, WithoutScrollRectNothingMoves) {
-  StartWithoutPlugin().faults.Hide("ScrollRect");
+TEST_F(GraphicsWorldTest, WithoutDisposeRgnTheContentMovesAndTheRegionStays) {
+  StartWithoutPlugin().faults.Hide("DisposeRgn");
   support::LoadPluginUnderTest(Host());
+  ExpectLeft(1);
   const PictureRef picture = World(5, 4);
-  const std::vector<host::Rgba> before = Colours(picture);
-  EXPECT_TRUE(Down(picture, 2, false));
-  EXPECT_EQ(Colours(picture), before);
+  const std::vector<host::Rgba> down = Shifted(picture, 0, 1);
+  EXPECT_TRUE(CallStoring<bool>("ScrollVerticalKRT", picture, 1, false, false));
+  EXPECT_EQ(Colours(picture), down);
+}
+
+// Each QuickDraw call of a vertical scroll fails in turn, as far as it can.
+TEST_F(GraphicsWorldTest, WithoutASavedWorldOrARegionNothingMoves) {
+  for (const char* entry : {"GetGWorld", "NewRgn", "ScrollRect"}) {
+    SCOPED_TRACE(entry);
+    const PictureRef picture = World(5, 4);
+    const std::vector<host::Rgba> before = Colours(picture);
+    Host().faults.FailCall(entry);
+    EXPECT_TRUE(Down(picture, 2, false));
+    EXPECT_EQ(Colours(picture), before);
+    Host().faults.Clear();
+  }
+}
+
+TEST_F(GraphicsWorldTest, TheCallsComeInTheirOrder) {
+  const PictureRef picture = World(5, 4);
+  ASSERT_TRUE(Down(picture, 1, false));
+  Host().faults.StartRecord();
+  ASSERT_TRUE(Down(picture, 1, false));
+  const std::vector<std::string> expected = {"lockPictureDescription",
+                                             "GetGWorld",
+                                             "SetGWorld",
+                                             "NewRgn",
+                                             "ScrollRect",
+                                             "DisposeRgn",
+                                             "SetGWorld",
+                                             "unlockPictureDescription"};
+  EXPECT_EQ(Host().faults.StopRecord(), expected);
 }
 
 TEST_F(GraphicsWorldTest, WithoutTheTwoArgumentLockItIsNoGraphicsWorld) {
