@@ -159,16 +159,18 @@ TEST_F(BinaryStringTest, TheEncodingIsAsciiWhereEveryByteIsBelow128) {
 
 TEST_F(BinaryStringTest, OneHighByteAnywhereMakesTheEncodingUnknown) {
   // 40 + 3 x 64 x 67 is 0x3268, so that the header has no byte above 127.
-  const PictureRef picture = Plain(64, 67, {1, 2, 3});
+  const PictureRef picture = Plain(64, 67, {0, 0, 0});
   EXPECT_EQ(Write(picture)->Encoding(), kAscii);
   // The first and the last pixel, and those on either side of byte 4096.
   for (const auto& [x, y] :
        {std::pair{0, 0}, std::pair{7, 21}, std::pair{8, 21}, std::pair{63, 66}}) {
-    support::Put(picture, x, y, {1, 2, 130});
-    EXPECT_EQ(Write(picture)->Encoding(), kUnknown) << x << ", " << y;
-    support::Put(picture, x, y, {130, 2, 3});
-    EXPECT_EQ(Write(picture)->Encoding(), kUnknown) << x << ", " << y;
-    support::Put(picture, x, y, {1, 2, 3});
+    for (const Rgb& colour : {Rgb{128, 0, 0}, Rgb{0, 0, 128}}) {
+      support::Put(picture, x, y, colour);
+      EXPECT_EQ(Write(picture)->Encoding(), kUnknown) << x << ", " << y;
+    }
+    support::Put(picture, x, y, {127, 127, 127});
+    EXPECT_EQ(Write(picture)->Encoding(), kAscii) << x << ", " << y;
+    support::Put(picture, x, y, {0, 0, 0});
   }
 }
 
