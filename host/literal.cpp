@@ -49,7 +49,7 @@ Literal ParseText(std::string_view text) {
 
 Literal ParseNumber(std::string_view text) {
   std::string_view digits = text;
-  if (digits.front() == '+') digits.remove_prefix(1);
+  if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
   const char* end = digits.data() + digits.size();
   int64_t whole = 0;
   const auto [wholeEnd, wholeError] = std::from_chars(digits.data(), end, whole);

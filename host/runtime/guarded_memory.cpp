@@ -3,16 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HOST_SANITIZED 1
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define HOST_SANITIZED 1
-#endif
-#ifdef HOST_SANITIZED
-#include <sanitizer/asan_interface.h>
-#endif
+#include "host/runtime/sanitizer.h"
 
 namespace host::runtime {
 namespace {
