@@ -1,0 +1,58 @@
+#include "runner/commands.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <string_view>
+
+#include "runner/failure.h"
+#include "runner/output_file.h"
+
+namespace runner {
+namespace {
+
+// Whatever a library says becomes one line.
+void Complain(std::string message) {
+  while (!message.empty() && message.back() == '\n') message.pop_back();
+  for (char& c : message)
+    if (c == '\n' || c == '\r') c = ' ';
+  std::fprintf(stderr, "picturehost: %s\n", message.c_str());
+}
+
+int RunCommand(const Options& options) {
+  switch (options.command) {
+    case Command::kList:
+      return RunList(options);
+    case Command::kRun:
+      return RunRun(options);
+    case Command::kBatch:
+      return RunBatch(options);
+  }
+  return 2;
+}
+
+}  // namespace
+
+void Print(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    throw Failure(std::string("can't write to standard output: ") + std::strerror(errno));
+}
+
+int Main(int count, const char* const* words) {
+  OutputFile::CleanUpOnSignals();
+  try {
+    const std::optional<Options> options = ParseOptions(count, words);
+    return options ? RunCommand(*options) : 0;
+  } catch (const UsageFailure& failure) {
+    Complain(failure.what());
+    return 2;
+  } catch (const std::bad_alloc&) {
+    Complain("there isn't enough memory");
+  } catch (const std::exception& failure) {
+    Complain(failure.what());
+  }
+  return 1;
+}
+
+}  // namespace runner

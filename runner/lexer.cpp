@@ -1,0 +1,126 @@
+#include "runner/lexer.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+#include "host/declaration.h"
+#include "runner/names.h"
+
+namespace runner {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+}  // namespace
+
+Token Lexer::Next() {
+  while (IsBlank(At(position))) ++position;
+  if (position >= text.size()) return {Token::Kind::kEnd, text.size() + 1, "", {}};
+  const char c = text[position];
+  if (IsLetter(c)) return Name();
+  if (IsDigit(c) || c == '-' || c == '+' || (c == '.' && IsDigit(At(position + 1))))
+    return Number();
+  if (c == '"') return Text();
+  if (c == '&') return Colour();
+  if (c == '(' || c == ')' || c == ',' || c == '=' || c == '.')
+    return {Token::Kind::kMark, ++position, std::string(1, c), {}};
+  return Error(position, Quoted(text.substr(position, 1)) + " has no meaning here");
+}
+
+Token Lexer::Name() {
+  const size_t start = position;
+  while (IsLetter(At(position)) || IsDigit(At(position))) ++position;
+  Token token{Token::Kind::kName, start + 1, std::string(text.substr(start, position - start)), {}};
+  const bool isTrue = host::SameName(token.text, "true");
+  if (isTrue || host::SameName(token.text, "false")) {
+    token.kind = Token::Kind::kLiteral;
+    token.literal = isTrue;
+  } else if (host::SameName(token.text, "nil")) {
+    token.kind = Token::Kind::kLiteral;
+    token.literal = host::Nil{};
+  }
+  return token;
+}
+
+Token Lexer::Number() {
+  const size_t start = position;
+  if (text[position] == '-' || text[position] == '+') ++position;
+  const size_t digits = position;
+  bool whole = true;
+  while (IsDigit(At(position))) ++position;
+  if (At(position) == '.' && IsDigit(At(position + 1))) {
+    whole = false;
+    ++position;
+    while (IsDigit(At(position))) ++position;
+  }
+  if (position == digits) return Error(start, "expected a number after the sign");
+  if (At(position) == 'e' || At(position) == 'E') {
+    size_t exponent = position + 1;
+    if (At(exponent) == '-' || At(exponent) == '+') ++exponent;
+    if (IsDigit(At(exponent))) {
+      whole = false;
+      position = exponent;
+      while (IsDigit(At(position))) ++position;
+    }
+  }
+  if (IsLetter(At(position)) || At(position) == '.')
+    return Error(start, "this number isn't understood");
+
+  Token token{Token::Kind::kLiteral, start + 1, "", {}};
+  const char* first = text.data() + (text[start] == '+' ? start + 1 : start);
+  const char* last = text.data() + position;
+  if (whole) {
+    int64_t value = 0;
+    if (std::from_chars(first, last, value).ec != std::errc() || value < INT32_MIN ||
+        value > UINT32_MAX)
+      return Error(start, "whole numbers reach from -2147483648 to 4294967295");
+    token.literal = value;
+  } else {
+    double value = 0;
+    if (std::from_chars(first, last, value).ec != std::errc() || !std::isfinite(value))
+      return Error(start, "this number is too large or too small");
+    token.literal = value;
+  }
+  return token;
+}
+
+Token Lexer::Colour() {
+  const size_t start = position;
+  uint32_t rgb = 0;
+  size_t digits = 0;
+  if (At(position + 1) == 'c' || At(position + 1) == 'C') {
+    for (position += 2; IsDigit(At(position)) || IsLetter(At(position)); ++position, ++digits) {
+      const char c = static_cast<char>(At(position) | 0x20);  // digits have that bit already
+      if (!IsDigit(c) && (c < 'a' || c > 'f')) return Error(start, "a colour reads &cRRGGBB");
+      rgb = rgb << 4 | static_cast<uint32_t>(IsDigit(c) ? c - '0' : c - 'a' + 10);
+    }
+  }
+  if (digits != 6) return Error(start, "a colour reads &cRRGGBB");
+  return {Token::Kind::kLiteral, start + 1, "", host::Colour{rgb}};
+}
+
+Token Lexer::Text() {
+  const size_t start = position++;
+  std::string content;
+  for (; position < text.size(); ++position) {
+    if (text[position] == '"') {
+      if (At(position + 1) != '"') {
+        ++position;
+        return {Token::Kind::kLiteral, start + 1, "", std::move(content)};
+      }
+      ++position;  // a doubled quote stands for one
+    }
+    content += text[position];
+  }
+  return Error(start, "the text that begins here has no closing quotation mark");
+}
+
+Token Lexer::Error(size_t at, std::string message) {
+  position = at;
+  return {Token::Kind::kError, at + 1, std::move(message), {}};
+}
+
+}  // namespace runner

@@ -1,0 +1,3 @@
+#include "runner/commands.h"
+
+int main(int count, char** words) { return runner::Main(count, words); }

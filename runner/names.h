@@ -1,0 +1,25 @@
+// Names in messages: made safe to show, and guessed when misspelt.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace runner {
+
+// A file name or an expression as it can stand in a message: on one line, in quotation marks, with
+// line ends, other control characters and bytes that aren't UTF-8 written as \n or \x1B.
+std::string Quoted(std::string_view text);
+
+// The text itself where it shows as it is, otherwise Quoted.
+std::string Shown(std::string_view text);
+
+// The candidates that a person may have meant, the nearest first, at most three; none when nothing
+// is near. Case doesn't count; a candidate that begins with the name is near.
+std::vector<std::string> Nearest(std::string_view name, std::span<const std::string> candidates);
+
+// "; did you mean InvertKRT or InvertGrayKRT?", or nothing.
+std::string DidYouMean(std::string_view name, std::span<const std::string> candidates);
+
+}  // namespace runner

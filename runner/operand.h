@@ -1,0 +1,39 @@
+// What an expression can come to.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/value.h"
+#include "runner/cube.h"
+
+namespace runner {
+
+// A value of the host's language, with what the runner knows besides.
+struct Operand {
+  host::Value value;                    // Nil for a colour table
+  std::shared_ptr<const LutGrid> grid;  // cube("film.cube")
+  struct Sound {
+    int32_t bits;
+    int32_t count;
+  };
+  std::optional<Sound> sound;  // samples("speech.wav"), whose block is the value
+};
+
+// Something to show to the person, under the name by which it can be used and saved.
+struct Named {
+  std::string name;
+  Operand operand;
+};
+
+// The picture, or null for anything else.
+inline host::Ref<host::Picture> PictureIn(const Operand& operand) {
+  const auto* picture = std::get_if<host::Ref<host::Picture>>(&operand.value);
+  return picture == nullptr ? nullptr : *picture;
+}
+
+// One line: numbers and texts as they are, everything else by what it is and how large.
+std::string Describe(const Operand& operand);
+
+}  // namespace runner

@@ -1,0 +1,183 @@
+#include "runner/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <map>
+#include <thread>
+
+#include "runner/failure.h"
+#include "runner/help.h"
+#include "runner/layouts.h"
+#include "runner/names.h"
+
+namespace runner {
+namespace {
+
+const std::map<std::string, host::Application> kApplications = {
+    {"desktop", host::Application::kDesktop},
+    {"console", host::Application::kConsole},
+    {"web", host::Application::kWeb}};
+
+// What the command line holds before it is made sense of.
+struct Raw {
+  Options options;
+  std::string application = "desktop";
+  double pixelLimit = 250;
+  std::string plugin, photo, output, outputFolder;
+  std::vector<std::string> words, saves;
+  bool noPicture = false;
+};
+
+void AddHostOptions(CLI::App* command, Raw* raw) {
+  const std::string group = "What the plug-in meets";
+  command
+      ->add_option("--plugin", raw->plugin, "The plug-in; otherwise Picture.so beside this program")
+      ->type_name("PATH")
+      ->group(group);
+  command->add_option("--host-version", raw->options.hostVersion, "The host's version")
+      ->type_name("NUMBER")
+      ->capture_default_str()
+      ->group(group);
+  command->add_option("--application", raw->application, "desktop, console or web")
+      ->check(CLI::IsMember({"desktop", "console", "web"}))
+      ->type_name("KIND")
+      ->capture_default_str()
+      ->group(group);
+}
+
+void AddPictureOptions(CLI::App* command, Raw* raw) {
+  const std::string group = "What the plug-in meets";
+  command
+      ->add_option("--layout", raw->options.layout,
+                   "How pixels lie in memory: argb-premultiplied, argb, xrgb, rgba-premultiplied, "
+                   "rgba, rgbx or rows; otherwise what such an application has")
+      ->check(CLI::IsMember(LayoutNames()))
+      ->type_name("NAME")
+      ->group(group);
+  command
+      ->add_option("--pixel-limit", raw->pixelLimit,
+                   "Megapixels that a picture file may have; larger ones are not decoded")
+      ->type_name("MEGAPIXELS")
+      ->check(CLI::Range(0.000001, 4000.0))
+      ->capture_default_str();
+}
+
+void AddList(CLI::App* app, Raw* raw) {
+  CLI::App* list = app->add_subcommand("list", "Show everything that the plug-in registered");
+  list->add_flag("--json", raw->options.json, "As JSON, for programs");
+  AddHostOptions(list, raw);
+}
+
+void AddRun(CLI::App* app, Raw* raw) {
+  CLI::App* run = app->add_subcommand("run", "Evaluate call expressions on a picture");
+  run->add_option("WORDS", raw->words, "The picture file, then one expression or more")
+      ->type_name("PHOTO EXPRESSION...");
+  run->add_option("-o,--output", raw->output, "Where the current picture goes at the end")
+      ->type_name("FILE");
+  run->add_option("--save", raw->saves, "Save what has a name: a block, a string or a picture")
+      ->type_name("NAME=FILE")
+      ->allow_extra_args(false);
+  run->add_flag("--no-picture", raw->noPicture, "There is no PHOTO, only expressions");
+  AddPictureOptions(run, raw);
+  AddHostOptions(run, raw);
+  run->footer(kRunHelp);
+}
+
+void AddBatch(CLI::App* app, Raw* raw) {
+  CLI::App* batch = app->add_subcommand("batch", "Evaluate call expressions on many pictures");
+  batch->add_option("WORDS", raw->words, "One expression or more, then the picture files")
+      ->type_name("EXPRESSION... FILES...");
+  batch
+      ->add_option("-d,--output-dir", raw->outputFolder,
+                   "Where the results go, under the same names")
+      ->type_name("DIR")
+      ->required();
+  batch
+      ->add_option("-f,--format", raw->options.format,
+                   "png, jpg, tiff, webp or bmp; otherwise each result has its file's format")
+      ->check(CLI::IsMember({"png", "jpg", "jpeg", "tif", "tiff", "webp", "bmp"}))
+      ->type_name("EXTENSION");
+  batch->add_option("-j,--jobs", raw->options.jobs, "Pictures at a time; otherwise one a processor")
+      ->check(CLI::Range(1, 1024))
+      ->type_name("N");
+  batch->add_flag("--skip-existing", raw->options.skipExisting,
+                  "Leave results alone that are there");
+  AddPictureOptions(batch, raw);
+  AddHostOptions(batch, raw);
+  batch->footer(kBatchHelp);
+}
+
+std::pair<std::string, std::filesystem::path> SplitSave(const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == 0 || equals == std::string::npos || equals + 1 == text.size())
+    throw UsageFailure("--save takes NAME=FILE, not " + Quoted(text));
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+void FinishRun(Raw* raw) {
+  Options& options = raw->options;
+  size_t first = 0;
+  if (!raw->noPicture && !raw->words.empty()) options.photo = raw->words[first++];
+  options.expressions.assign(raw->words.begin() + static_cast<ptrdiff_t>(first), raw->words.end());
+  if (options.expressions.empty())
+    throw UsageFailure("run takes a picture and at least one expression, like " +
+                       std::string("picturehost run photo.jpg InvertKRT -o out.png"));
+  options.output = raw->output;
+  for (const std::string& save : raw->saves) options.saves.push_back(SplitSave(save));
+}
+
+// The first word is an expression. From the second on, the first one that names a file, or ends as
+// the name of a picture file does, begins the files.
+void FinishBatch(Raw* raw) {
+  Options& options = raw->options;
+  const auto isFile = [](const std::string& word) {
+    std::error_code ignored;
+    return HasImageExtension(word) || std::filesystem::exists(word, ignored);
+  };
+  if (raw->words.size() < 2) throw UsageFailure("batch takes an expression and picture files");
+  const auto files = std::find_if(raw->words.begin() + 1, raw->words.end(), isFile);
+  options.expressions.assign(raw->words.begin(), files);
+  options.files.assign(files, raw->words.end());
+  if (options.files.empty()) throw UsageFailure("batch takes at least one picture file");
+  options.outputFolder = raw->outputFolder;
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int count, const char* const* words) {
+  Raw raw;
+  raw.options.jobs = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+  CLI::App app("Calls the picture plug-in as its host would.", "picturehost");
+  app.require_subcommand(1);
+  app.footer(kHelp);
+  app.get_formatter()->column_width(34);
+  AddList(&app, &raw);
+  AddRun(&app, &raw);
+  AddBatch(&app, &raw);
+  if (count < 2) throw UsageFailure("list, run or batch? (picturehost --help explains)");
+  try {
+    app.parse(count, words);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+      app.exit(error, std::cout, std::cerr);
+      return std::nullopt;
+    }
+    throw UsageFailure(std::string(error.what()) + " (picturehost --help explains)");
+  }
+
+  Options& options = raw.options;
+  options.plugin = raw.plugin;
+  options.application = kApplications.at(raw.application);
+  options.pixelLimit = static_cast<uint64_t>(raw.pixelLimit * 1e6);
+  if (app.got_subcommand("run")) {
+    options.command = Command::kRun;
+    FinishRun(&raw);
+  } else if (app.got_subcommand("batch")) {
+    options.command = Command::kBatch;
+    FinishBatch(&raw);
+  }
+  return options;
+}
+
+}  // namespace runner
