@@ -169,7 +169,7 @@ TEST_F(EditorTest, AlphaIsJudgedBeforeTheDepth) {
   host.census.ClearErrors();
 }
 
-TEST_F(EditorTest, ADescriptionThatIsNotWhatWasWantedIsRefusedAndUnlocked) {
+TEST_F(EditorTest, ABitmapDescriptionThatIsNotWhatWasWantedIsRefusedAndUnlocked) {
   host::Host& desktop = StartDesktop();
   const PictureRef bitmap = desktop.NewPicture(2, 2);
   bitmap->SetDescriptionHook(
@@ -178,7 +178,9 @@ TEST_F(EditorTest, ADescriptionThatIsNotWhatWasWantedIsRefusedAndUnlocked) {
   bitmap->SetDescriptionHook(
       [](REALpictureDescription& description) { description.pictureData = nullptr; });
   EXPECT_FALSE(Opens(bitmap));
+}
 
+TEST_F(EditorTest, ARowTableThatIsNotWhatWasWantedIsRefusedAndUnlocked) {
   host::Host& console = StartConsole();
   const PictureRef rows = console.NewPicture(2, 2);
   const auto spoil = [&](auto change) {
@@ -204,13 +206,14 @@ TEST_F(EditorTest, ADescriptionThatIsNotWhatWasWantedIsRefusedAndUnlocked) {
 TEST_F(EditorTest, ARefusedLockIsRefusedAndOnOldHostsUndone) {
   for (const double version : {2011.99, 2012.0}) {
     SCOPED_TRACE(version);
-    host::Host& desktop = StartDesktop(version);
-    const PictureRef bitmap = desktop.NewPicture(2, 2);
-    bitmap->SetLocking(host::Locking::kRefused);
-    const int64_t before = desktop.faults.Calls("unlockPictureDescription");
-    EXPECT_FALSE(Opens(bitmap, false, true));
-    EXPECT_EQ(desktop.faults.Calls("unlockPictureDescription") - before, version < 2012 ? 1 : 0);
-
+    {
+      host::Host& desktop = StartDesktop(version);
+      const PictureRef bitmap = desktop.NewPicture(2, 2);
+      bitmap->SetLocking(host::Locking::kRefused);
+      const int64_t before = desktop.faults.Calls("unlockPictureDescription");
+      EXPECT_FALSE(Opens(bitmap, false, true));
+      EXPECT_EQ(desktop.faults.Calls("unlockPictureDescription") - before, version < 2012 ? 1 : 0);
+    }
     host::Host& console = StartConsole(version);
     const PictureRef rows = console.NewPicture(2, 2);
     rows->SetLocking(host::Locking::kRefused);

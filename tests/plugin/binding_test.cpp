@@ -73,9 +73,8 @@ TEST_F(StringDataTest, WithoutAnyWayToTheTextItIsFalse) {
 }
 
 TEST_F(StringDataTest, AStringThatCannotBeConvertedIsFalse) {
-  host::Host& host = StartInternals({}, {"PluginGetStringData", "REALConvertString"});
-  const auto string = host.NewString("text");
-  EXPECT_EQ(Get(string, kLatin1), "(false)");
+  host::Host& missing = StartInternals({}, {"PluginGetStringData", "REALConvertString"});
+  EXPECT_EQ(Get(missing.NewString("text"), kLatin1), "(false)");
 
   host::Host& failing = StartInternals({}, {"PluginGetStringData"});
   failing.faults.FailAlways("REALConvertString");
