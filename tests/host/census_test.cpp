@@ -182,7 +182,8 @@ TEST(RefTest, CountsCopiesAndMoves) {
   const Ref<Object> third = std::move(second);
   EXPECT_EQ(first->References(), 2);
   EXPECT_FALSE(second);
-  first = first;
+  const Ref<Picture>& same = first;
+  first = same;
   EXPECT_EQ(first->References(), 2);
 }
 
