@@ -54,8 +54,8 @@ void* AppendPathComponent(void* allocator, void* url, const void* name, uint8_t 
 void* FunctionPointerForName(void* bundle, const void* name) {
   using Find = void*(void*, const void*);
   const char* text = TextOf(name);
-  return text != nullptr ? Hosted<Find>("CFBundleGetFunctionPointerForName")(bundle, text)
-                         : nullptr;
+  auto* find = Hosted<Find>("CFBundleGetFunctionPointerForName");
+  return text != nullptr && find != nullptr ? find(bundle, text) : nullptr;
 }
 
 void ZeroBytes(void* bytes, size_t count) { std::memset(bytes, 0, count); }
