@@ -3,7 +3,6 @@
 #include "classes/tetrahedra.h"
 #include "pixels/block.h"
 #include "pixels/instance.h"
-#include "pixels/rows.h"
 
 // PictureLut3DKRT: each colour through a three-dimensional table, with tetrahedral interpolation.
 //
@@ -52,9 +51,7 @@ int8_t Run(REALobject object) {
 
   const BlockBounds bounds{data->MinX, data->MinY, data->MaxX, data->MaxY};
   const double* table = &data->table[0][0][0][0];
-  MapPixels(
-      target, TopLeftBlock(bounds, source.width, source.height),
-      [table](Pixel p) { return SumXYZ(table, p); }, source);
+  MapStrips(target, TopLeftBlock(bounds, source.width, source.height), TableLookup{table}, source);
   data->DestinationPicture = target.RenderPictureWriter();
   return 1;
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "classes/lut3d.h"
-#include "pixels/layout.h"
+#include "pixels/strips.h"
 
 // From a grid point to the next one on each axis, in doubles.
 inline constexpr int32_t kStrideB = 3;
@@ -33,7 +33,7 @@ constexpr int32_t kStrideMask = (1 << kTieBit) - 1;
 constexpr int32_t CellAxis(int32_t value, int32_t lower, int32_t tie, int32_t stride) {
   return (value - kGridStep * lower) << kFractionBit | tie << kTieBit | (value == 255 ? 0 : stride);
 }
-constexpr double FractionOf(int32_t axis) { return kFractions.of[axis >> kFractionBit]; }
+constexpr int32_t FractionOf(int32_t axis) { return axis >> kFractionBit; }
 constexpr int32_t StrideOf(int32_t axis) { return axis & kStrideMask; }
 
 constexpr int32_t Lesser(int32_t a, int32_t b) { return a < b ? a : b; }
@@ -66,36 +66,85 @@ constexpr Tetrahedron TetrahedronOf(Pixel p) {
           Greater(middle, lesser), Lesser(middle, lesser)};
 }
 
-// Four doubles of the table, which may lie at any address: the three channels of a grid point, and
-// one more that nobody looks at, so that they are computed together.
+// The tetrahedra of a strip of colours: where their corners are in the table, and the fractions in
+// descending order, in 17ths.
+struct Tetrahedra {
+  int32_t corner0[kStripLength];
+  int32_t corner1[kStripLength];
+  int32_t corner2[kStripLength];
+  int32_t corner3[kStripLength];
+  int32_t fraction1[kStripLength];
+  int32_t fraction2[kStripLength];
+  int32_t fraction3[kStripLength];
+};
+
+template <Layout kFrom>
+void FindTetrahedra(int32_t count, const Word* colours, Tetrahedra& found) {
+  for (int32_t i = 0; i < count; ++i) {
+    const Tetrahedron t = TetrahedronOf(Unpack<kFrom>(colours[i]));
+    const int32_t corner1 = t.lowest + StrideOf(t.first);
+    const int32_t corner2 = corner1 + StrideOf(t.second);
+    found.corner0[i] = t.lowest;
+    found.corner1[i] = corner1;
+    found.corner2[i] = corner2;
+    found.corner3[i] = corner2 + StrideOf(t.third);
+    found.fraction1[i] = FractionOf(t.first);
+    found.fraction2[i] = FractionOf(t.second);
+    found.fraction3[i] = FractionOf(t.third);
+  }
+}
+
+// The three channels of a grid point, and one double more that nobody looks at, so that they are
+// computed together. (The last point that a picture reaches isn't the last of the table.)
 using Quad = double __attribute__((vector_size(32)));
-using QuadInTable __attribute__((aligned(1), may_alias)) = Quad;
 using QuadOfInt32 = int32_t __attribute__((vector_size(16)));
 
-// The colour that `table` gives for `p`:
+inline void LoadGridPoint(const double* point, Quad& channels) {
+  __builtin_memcpy(&channels, point, sizeof(channels));
+}
+
+// Interpolates in tetrahedron i:
 //
 //   (1 - f1) * C0 + (f1 - f2) * C1 + (f2 - f3) * C2 + f3 * C3
 //
-// with the fractions f in descending order and the corners C along the tetrahedron, truncated, and
-// clamped to 0 to 255; what isn't a number gives 0.
-inline Pixel SumXYZ(const double* table, Pixel p) {
-  const Tetrahedron t = TetrahedronOf(p);
-  const double* corner0 = table + t.lowest;
-  const double* corner1 = corner0 + StrideOf(t.first);
-  const double* corner2 = corner1 + StrideOf(t.second);
-  const double* corner3 = corner2 + StrideOf(t.third);
-  const double f1 = FractionOf(t.first);
-  const double f2 = FractionOf(t.second);
-  const double f3 = FractionOf(t.third);
+// with the fractions f and the corners C of `table`. Channels are truncated, and clamped to 0 to
+// 255; what isn't a number gives 0.
+inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, int32_t channels[4]) {
+  Quad c0;
+  Quad c1;
+  Quad c2;
+  Quad c3;
+  LoadGridPoint(table + t.corner0[i], c0);
+  LoadGridPoint(table + t.corner1[i], c1);
+  LoadGridPoint(table + t.corner2[i], c2);
+  LoadGridPoint(table + t.corner3[i], c3);
+  const double f1 = kFractions.of[t.fraction1[i]];
+  const double f2 = kFractions.of[t.fraction2[i]];
+  const double f3 = kFractions.of[t.fraction3[i]];
+  const Quad sum = (1.0 - f1) * c0 + (f1 - f2) * c1 + (f2 - f3) * c2 + f3 * c3;
 
-  const Quad sum = (1.0 - f1) * *reinterpret_cast<const QuadInTable*>(corner0) +
-                   (f1 - f2) * *reinterpret_cast<const QuadInTable*>(corner1) +
-                   (f2 - f3) * *reinterpret_cast<const QuadInTable*>(corner2) +
-                   f3 * *reinterpret_cast<const QuadInTable*>(corner3);
   constexpr Quad kLeast{0.0, 0.0, 0.0, 0.0};
   constexpr Quad kMost{255.0, 255.0, 255.0, 255.0};
   const Quad positive = sum > kLeast ? sum : kLeast;
   const Quad clamped = positive < kMost ? positive : kMost;
-  const QuadOfInt32 channels = __builtin_convertvector(clamped, QuadOfInt32);
-  return {channels[0], channels[1], channels[2]};
+  const QuadOfInt32 whole = __builtin_convertvector(clamped, QuadOfInt32);
+  __builtin_memcpy(channels, &whole, sizeof(whole));
 }
+
+// Takes each colour of a strip through a table. The passes over the strip are what makes it fast:
+// finding the tetrahedra fills vectors, and so does packing; branches, which a processor would
+// guess wrong at every other pixel of a photograph, there are none.
+struct TableLookup {
+  const double* table;
+
+  template <Layout kTo, Layout kFrom>
+  void operator()(int32_t count, Word* target, const Word* source) const {
+    Tetrahedra tetrahedra;
+    int32_t channels[kStripLength][4];
+    FindTetrahedra<kFrom>(count, source, tetrahedra);
+    for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, channels[i]);
+    for (int32_t i = 0; i < count; ++i) {
+      target[i] = Pack<kTo>({channels[i][0], channels[i][1], channels[i][2]});
+    }
+  }
+};
