@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <map>
 #include <thread>
@@ -169,7 +170,11 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   Options& options = raw.options;
   options.plugin = raw.plugin;
   options.application = kApplications.at(raw.application);
-  options.pixelLimit = static_cast<uint64_t>(raw.pixelLimit * 1e6);
+  options.pixelLimit = static_cast<uint64_t>(std::llround(raw.pixelLimit * 1e6));
+  const bool rows = options.layout == "rows";
+  if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))
+    throw UsageFailure(rows ? "rows are what console and web applications have; see --application"
+                            : "console and web applications have rows and no other layout");
   if (app.got_subcommand("run")) {
     options.command = Command::kRun;
     FinishRun(&raw);

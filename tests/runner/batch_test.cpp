@@ -1,0 +1,222 @@
+// picturehost batch, as a person calls it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "tests/runner/images.h"
+#include "tests/runner/program.h"
+#include "tests/runner/scratch.h"
+
+namespace runner {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Batch : public ::testing::Test {
+ protected:
+  Surroundings Here() const { return {scratch.Folder().native()}; }
+
+  std::vector<std::string> Names(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(scratch / folder))
+      names.push_back(entry.path().filename().native());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  void ExpectInverted(const std::string& source, const std::string& result) {
+    const Image in = Read(scratch / source), out = Read(scratch / result);
+    ASSERT_EQ(in.bytes.size(), out.bytes.size()) << result;
+    for (size_t i = 0; i < in.bytes.size(); ++i)
+      ASSERT_EQ(out.bytes[i], 255 - in.bytes[i]) << result;
+  }
+
+  // A picture whose encoding as PNG takes long enough to be met in the middle.
+  void SaveSlow(const std::string& name) { Save(Noise(2500, 2000), scratch / name, "bmp"); }
+
+  // Waits for the result that is being written.
+  bool WaitForUnfinished(const std::string& folder) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    while (std::chrono::steady_clock::now() < end) {
+      std::error_code ignored;
+      for (const auto& entry : fs::directory_iterator(scratch / folder, ignored))
+        if (entry.path().extension() == ".part" && entry.file_size(ignored) > 0) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
+  }
+
+  Scratch scratch;
+};
+
+TEST_F(Batch, DoesManyFilesWithOddNames) {
+  std::vector<std::string> arguments = {"batch",        "InvertKRT", "--jobs", "3",
+                                        "--output-dir", "out/deep",  "--"};
+  const std::vector<std::string> names = {"-dash.png", "--.png",     "a b.png", "line\nend.png",
+                                          "plain.png", "plain2.png", "x=y.png", "z.bmp"};
+  for (size_t i = 0; i < names.size(); ++i) {
+    Save(Noise(20 + int(i), 10, 3, uint32_t(i)), scratch / names[i], i == 7 ? "bmp" : "png");
+    arguments.push_back(names[i]);
+  }
+  const Finished finished = Run(arguments, Here());
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.err, "");
+  EXPECT_EQ(finished.out, "8 written to out/deep\n");
+  std::vector<std::string> sorted = names;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(Names("out/deep"), sorted);
+  for (const std::string& name : names) ExpectInverted(name, "out/deep/" + name);
+}
+
+TEST_F(Batch, ReportsEachFileThatFailsAndDoesTheOthers) {
+  Save(Noise(8, 8), scratch / "good.png", "png");
+  Save(Noise(9, 9), scratch / "fine.png", "png");
+  WriteBytes(scratch / "bad\n.png", "no picture");
+  const Finished finished = Run({"batch", "InvertKRT", "good.png", "bad\n.png", "missing.png",
+                                 "fine.png", "-d", "out", "-j", "2"},
+                                Here());
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 2) << finished.err;
+  EXPECT_NE(finished.err.find("picturehost: 'bad\\n.png': "), std::string::npos);
+  EXPECT_NE(finished.err.find("picturehost: missing.png: can't open 'missing.png'"),
+            std::string::npos);
+  EXPECT_EQ(finished.out, "2 written to out, 2 failed\n");
+  EXPECT_EQ(Names("out"), (std::vector<std::string>{"fine.png", "good.png"}));
+}
+
+TEST_F(Batch, PrintsValuesWithTheirFiles) {
+  Save(MakeImage(2, 2,
+                 [](int, int) {
+                   return Pixel{255, 255, 255};
+                 }),
+       scratch / "white.png", "png");
+  Save(Noise(2, 2), scratch / "colour.png", "png");
+  const Finished finished = Run({"batch", "isWhiteKRT", "InvertKRT", "isBlackKRT", "white.png",
+                                 "colour.png", "-d", "out", "-j", "1"},
+                                Here());
+  EXPECT_EQ(finished.out,
+            "white.png: isWhiteKRT = true\nwhite.png: isBlackKRT = true\n"
+            "colour.png: isWhiteKRT = false\ncolour.png: isBlackKRT = false\n2 written to out\n");
+}
+
+TEST_F(Batch, ChangesTheFormatWhereAsked) {
+  Save(Noise(8, 8), scratch / "one.png", "png");
+  const Finished finished =
+      Run({"batch", "InvertKRT", "one.png", "-d", "out", "--format", "bmp"}, Here());
+  EXPECT_EQ(finished.status, 0) << finished.err;
+  ExpectInverted("one.png", "out/one.bmp");
+}
+
+TEST_F(Batch, SkipsResultsThatAreThere) {
+  Save(Noise(8, 8), scratch / "one.png", "png");
+  Save(Noise(9, 9), scratch / "two.png", "png");
+  fs::create_directory(scratch / "out");
+  WriteBytes(scratch / "out/one.png", "there already");
+  const Finished finished =
+      Run({"batch", "InvertKRT", "one.png", "two.png", "-d", "out", "--skip-existing"}, Here());
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.out, "1 written to out, 1 there already\n");
+  EXPECT_EQ(ReadBytes(scratch / "out/one.png"), "there already");
+  ExpectInverted("two.png", "out/two.png");
+}
+
+TEST_F(Batch, StartsNothingThatCannotEndWell) {
+  fs::create_directory(scratch / "sub");
+  Save(Noise(8, 8), scratch / "one.png", "png");
+  Save(Noise(8, 8), scratch / "sub/one.png", "png");
+  const auto complaint = [&](const std::vector<std::string>& arguments) {
+    const Finished finished = Run(arguments, Here());
+    EXPECT_NE(finished.status, 0);
+    EXPECT_EQ(finished.out, "");
+    EXPECT_FALSE(fs::exists(scratch / "out"));
+    return finished.err;
+  };
+  EXPECT_EQ(complaint({"batch", "InvertKRT", "one.png", "sub/one.png", "-d", "out"}),
+            "picturehost: 'one.png' and 'sub/one.png' would both become 'out/one.png'\n");
+  EXPECT_EQ(complaint({"batch", "InvertKRT", "one.png", "-d", "."}),
+            "picturehost: 'one.png' would be overwritten by its own result\n");
+  EXPECT_EQ(complaint({"batch", "InvrtKRT", "one.png", "-d", "out"}),
+            "picturehost: there is no method, class or value called InvrtKRT; did you mean "
+            "InvertKRT?\n");
+  EXPECT_NE(complaint({"batch", "InvertKRT", "one.png"}), "");
+  EXPECT_NE(complaint({"batch", "InvertKRT", "-d", "out"}), "");
+  EXPECT_EQ(complaint({"batch", "InvertKRT", "one.png", "-d", "one.png"}),
+            "picturehost: can't make the folder 'one.png': a file has that name\n");
+}
+
+TEST_F(Batch, AWorkerThatDiesIsReportedAndTheRestGoesOn) {
+  SaveSlow("slow.bmp");
+  Save(Noise(8, 8), scratch / "next.png", "png");
+  Program program(
+      {"batch", "InvertKRT", "slow.bmp", "next.png", "-d", "out", "-f", "png", "-j", "1"}, Here());
+  ASSERT_TRUE(WaitForUnfinished("out"));
+  const std::vector<pid_t> workers = program.Children();
+  ASSERT_EQ(workers.size(), 1U);
+  ::kill(workers[0], SIGKILL);
+  const Finished finished = program.Wait();
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_EQ(finished.err, "picturehost: slow.bmp: the process that worked on it died: Killed\n");
+  EXPECT_EQ(finished.out, "1 written to out, 1 failed\n");
+  EXPECT_EQ(Names("out"), std::vector<std::string>{"next.png"});
+  ExpectInverted("next.png", "out/next.png");
+}
+
+TEST_F(Batch, AnInterruptLeavesWholeFilesAndCanBeTakenUpAgain) {
+  Save(Noise(8, 8), scratch / "first.png", "png");
+  SaveSlow("slow.bmp");
+  Save(Noise(8, 8), scratch / "last.png", "png");
+  const std::vector<std::string> arguments = {
+      "batch", "InvertKRT", "first.png", "slow.bmp", "last.png", "-d",
+      "out",   "-f",        "png",       "-j",       "1",        "--skip-existing"};
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Program program(arguments, Here());
+    ASSERT_TRUE(WaitForUnfinished("out"));
+    // Until the unfinished file is the slow one's.
+    while (!fs::exists(scratch / "out/first.png")) std::this_thread::yield();
+    ASSERT_TRUE(WaitForUnfinished("out"));
+    const std::vector<pid_t> workers = program.Children();
+    ::kill(program.Process(), signal);
+    const Finished finished = program.Wait();
+    EXPECT_EQ(finished.status, 128 + signal);
+    EXPECT_NE(finished.err.find("picturehost: interrupted, "), std::string::npos);
+    EXPECT_EQ(Names("out"), std::vector<std::string>{"first.png"});
+    for (const pid_t worker : workers) EXPECT_NE(::kill(worker, 0), 0);
+  }
+  const Finished finished = Run(arguments, Here());
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.out, "2 written to out, 1 there already\n");
+  ExpectInverted("slow.bmp", "out/slow.png");
+  ExpectInverted("last.png", "out/last.png");
+}
+
+TEST_F(Batch, WorkersDoNotOutliveTheProgram) {
+  SaveSlow("slow.bmp");
+  Program program({"batch", "InvertKRT", "slow.bmp", "-d", "out", "-f", "png", "-j", "1"}, Here());
+  ASSERT_TRUE(WaitForUnfinished("out"));
+  ::kill(program.Process(), SIGKILL);
+  program.Wait();  // its pipes close when the last of them has ended
+  EXPECT_EQ(Names("out"), std::vector<std::string>{});
+}
+
+TEST_F(Batch, ShowsABarOnATerminalAlone) {
+  std::vector<std::string> arguments = {"batch", "InvertKRT", "-d", "out", "-j", "1"};
+  for (int i = 0; i < 5; ++i) {
+    const std::string name = std::to_string(i) + ".png";
+    Save(Noise(8, 8), scratch / name, "png");
+    arguments.push_back(name);
+  }
+  arguments.push_back("missing.png");
+  const Finished finished = Run(arguments, {scratch.Folder().native(), true, 0});
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_NE(finished.err.find("] 0/6"), std::string::npos);
+  EXPECT_NE(finished.err.find("] 6/6, 1 failed"), std::string::npos);
+  EXPECT_TRUE(finished.err.ends_with("\r\x1B[K"));  // and takes it away
+  EXPECT_EQ(Run({"batch", "InvertKRT", "-d", "again", "0.png"}, Here()).err, "");
+}
+
+}  // namespace
+}  // namespace runner

@@ -1,0 +1,214 @@
+// What can't be done is one clear line, and then nothing is written.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/runner/images.h"
+#include "tests/runner/program.h"
+#include "tests/runner/scratch.h"
+
+namespace runner {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Mistakes : public ::testing::Test {
+ protected:
+  Mistakes() {
+    Save(Noise(20, 10), scratch / "in.png", "png");
+    Save(Noise(10, 20), scratch / "tall.png", "png");
+    WriteBytes(scratch / "text.png", "not a picture");
+    WriteBytes(scratch / "cut.png", ReadBytes(scratch / "in.png").substr(0, 300));
+    WriteBytes(scratch / "bad.cube", "LUT_3D_SIZE 2\n0 0\n");
+    WriteBytes(scratch / "short.bin", "abc");
+    WriteBytes(scratch / "out.png", "before");
+    fs::create_directory(scratch / "folder");
+  }
+
+  // Runs in the scratch folder; gives the line without its beginning. Nothing there may change.
+  std::string Complaint(const std::vector<std::string>& arguments, int status = 1) {
+    const size_t before = FileCount();
+    const Finished finished = Run(arguments, {scratch.Folder().native()});
+    EXPECT_EQ(finished.status, status) << finished.err;
+    EXPECT_EQ(finished.out, "");
+    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+    EXPECT_EQ(FileCount(), before);
+    EXPECT_EQ(ReadBytes(scratch / "out.png"), "before");
+    const std::string start = "picturehost: ";
+    EXPECT_TRUE(finished.err.starts_with(start)) << finished.err;
+    return finished.err.size() < start.size() + 1
+               ? ""
+               : finished.err.substr(start.size(), finished.err.size() - start.size() - 1);
+  }
+  // The same for one expression on in.png.
+  std::string Of(const std::string& expression) {
+    return Complaint({"run", "in.png", expression, "-o", "out.png"});
+  }
+
+  size_t FileCount() {
+    return size_t(std::distance(fs::recursive_directory_iterator(scratch.Folder()),
+                                fs::recursive_directory_iterator()));
+  }
+
+  Scratch scratch;
+};
+
+TEST_F(Mistakes, FilesThatAreNoPictures) {
+  EXPECT_EQ(Complaint({"run", "no.png", "InvertKRT", "-o", "out.png"}),
+            "can't open 'no.png': No such file or directory");
+  EXPECT_EQ(Complaint({"run", "folder", "InvertKRT", "-o", "out.png"}),
+            "can't open 'folder': Is a directory");
+  EXPECT_NE(Complaint({"run", "cut.png", "InvertKRT", "-o", "out.png"}).find("may be truncated"),
+            std::string::npos);
+  EXPECT_NE(Complaint({"run", "text.png", "InvertKRT", "-o", "out.png"}).find("isn't an image"),
+            std::string::npos);
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "out.png", "--pixel-limit", "0.000199"}),
+            "'in.png' has 20 x 10 pixels, more than the limit of 199 (see --pixel-limit)");
+  EXPECT_EQ(Of("MergePictureKRT(self, picture(\"no\nno.png\"))"),
+            "can't open 'no\\nno.png': No such file or directory");
+  EXPECT_EQ(Of("PictureLut3DKRT(table = cube(\"bad.cube\"))"),
+            "'bad.cube' isn't a table that can be used, line 2: expected three numbers");
+  EXPECT_NE(Of("RenderSamplesKRT(samples(\"in.png\"), 0, 1, 9, 9, 0)")
+                .find("'in.png' isn't a sound file that can be opened"),
+            std::string::npos);
+}
+
+TEST_F(Mistakes, ExpressionsThatAreNone) {
+  EXPECT_EQ(Of("InvertKRT(10, 10"),
+            "in 'InvertKRT(10, 10', column 17: expected ',' or ')' but it ends here");
+  EXPECT_EQ(Of(""), "in '', column 1: expected a call or a value but it ends here");
+}
+
+TEST_F(Mistakes, NamesThatNothingHas) {
+  EXPECT_EQ(Of("InvrtKRT"),
+            "there is no method, class or value called InvrtKRT; did you mean InvertKRT?");
+  EXPECT_EQ(Of("Blur(3)"), "there is no method, class or value called Blur");
+  EXPECT_EQ(Of("self.TintPictureKRT"), "there is no method of pictures called TintPictureKRT");
+  EXPECT_EQ(Of("MergePictureKRT(self, pictur(\"in.png\"))"),
+            "there is no method, class or value called pictur; did you mean picture?");
+  EXPECT_EQ(Of("PictureSepiaKRT(SepiaRde = 4)"),
+            "PictureSepiaKRT has no property SepiaRde; did you mean SepiaRed?");
+  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "rde=x.bin"}),
+            "nothing is called rde that could be saved; did you mean red?");
+  // Found before anything is evaluated.
+  EXPECT_EQ(Complaint({"run", "no.png", "InvertKRT", "InvrtKRT", "-o", "out.png"}),
+            "there is no method, class or value called InvrtKRT; did you mean InvertKRT?");
+}
+
+TEST_F(Mistakes, ArgumentsThatDoNotFit) {
+  EXPECT_EQ(Of("ReplaceColorKRT(&c000000)"),
+            "ReplaceWithColor is missing; it is declared ReplaceColorKRT(SearchColor as color, "
+            "ReplaceWithColor as color) as picture");
+  EXPECT_NE(
+      Of("ChangeSaturationKRT(1, 2)").find("ChangeSaturationKRT(Amount as integer) as picture"),
+      std::string::npos);
+  EXPECT_NE(
+      Of("ChangeSaturationKRT(\"much\")").find("ChangeSaturationKRT(Amount as integer) as picture"),
+      std::string::npos);
+  EXPECT_NE(Of("ChangeSaturationKRT(Amuont = 3)")
+                .find("ChangeSaturationKRT(Amount as integer) as picture"),
+            std::string::npos);
+  EXPECT_EQ(Of("InvertKRT(1, 2, 3)"),
+            "the arguments fit none of: InvertKRT(left as integer,top as integer,width as "
+            "integer,height as integer) as picture; InvertKRT as picture");
+  EXPECT_EQ(Of("picture(3)"),
+            "picture takes the name of a file in quotation marks: picture(\"file\")");
+  EXPECT_EQ(Of("InvertKRT = self"), "nothing can be assigned to InvertKRT");
+  EXPECT_EQ(Of("PictureSepiaKRT(4)").substr(0, 54),
+            "arguments of PictureSepiaKRT set its properties and ne");
+  EXPECT_EQ(Of("CountColorKRT(&c000000).InvertKRT"),
+            "what stands before .InvertKRT isn't a picture");
+}
+
+TEST_F(Mistakes, ExceptionsOfTheHost) {
+  EXPECT_EQ(Of("ReplaceRedChannelKRT(nil)"),
+            "ReplaceRedChannelKRT raised NilObjectException: The channel picture is nil.");
+  EXPECT_EQ(Of("TransformColorsKRT(nil, nil, nil)"),
+            "TransformColorsKRT raised NilObjectException: red memoryblock is nil");
+}
+
+TEST_F(Mistakes, NilResultsSayWhy) {
+  EXPECT_EQ(Of("MergePictureKRT(self, picture(\"tall.png\"))"),
+            "MergePictureKRT gave nil: the pictures differ in size, 20 x 10 and 10 x 20");
+  EXPECT_EQ(Of("MergePictureKRT(self, nil)"),
+            "MergePictureKRT gave nil: a picture among the arguments is nil");
+  EXPECT_EQ(
+      Of("BinaryStringtoPictureKRT(\"text\")"),
+      "BinaryStringtoPictureKRT gave nil: the string isn't a whole picture in the binary format");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 3, 1, 9, 9, 0, Bits = 24)"),
+            "RenderSamplesKRT gave nil: Bits must be 7, 8, 15, 16, -32 or -64");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 4, 1, 9, 9, 0)"),
+            "RenderSamplesKRT gave nil: the memory block holds fewer than SampleCount samples");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 0, 1, 9, 9, 0, Bits = -32)"),
+            "RenderSamplesKRT gave nil: SampleCount must be given for floating-point samples");
+  EXPECT_EQ(Of("PictureSepiaKRT(SourcePicture = nil)"),
+            "PictureSepiaKRT: Run gave false: a picture among the arguments is nil");
+  Save(Noise(4, 4, 4), scratch / "alpha.png", "png");
+  EXPECT_EQ(
+      Complaint({"run", "alpha.png", "InvertKRT", "-o", "out.png", "--host-version", "2011.03"}),
+      "InvertKRT gave nil: hosts before 2011.04 can't make pictures with an alpha channel");
+  Save(MakeImage(32768, 1, [](int, int) { return Pixel{1, 2, 3}; }), scratch / "wide.png", "png");
+  EXPECT_EQ(Complaint({"run", "wide.png", "InvertKRT", "-o", "out.png"}),
+            "InvertKRT gave nil: the picture has 32768 x 1 pixels, and a side of a result has at "
+            "most 32767");
+}
+
+TEST_F(Mistakes, OutputsThatCannotBeWritten) {
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "/dev/full"}),
+            "can't write '/dev/full': No space left on device");
+  EXPECT_TRUE(fs::is_character_file("/dev/full"));
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "no/out.png"}),
+            "can't write 'no/out.png': No such file or directory");
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "out.gif"}),
+            "can't write 'out.gif': the name must end in .png, .jpg, .tiff, .webp or .bmp");
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "folder"}),
+            "can't write 'folder': the name must end in .png, .jpg, .tiff, .webp or .bmp");
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT"}),
+            "the last expression came to a picture, and there is no --output to put it in");
+  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "count=count.txt"}),
+            "only pictures, strings and memory blocks can be saved, and count is 200");
+  // Of two outputs the second is impossible: the first isn't written either.
+  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "CountColorsKRT", "-o", "new.png", "--save",
+                       "red=no/red.bin"}),
+            "can't write 'no/red.bin': No such file or directory");
+}
+
+TEST_F(Mistakes, ADiskThatFillsUpLeavesWhatWasThere) {
+  const std::string folder = scratch.Folder().native();
+  Save(Noise(300, 300), scratch / "noise.png", "png");
+  for (const std::string name : {"out.png", "out.jpg", "out.tiff", "out.webp", "out.bmp"}) {
+    WriteBytes(scratch / name, "before");
+    const Finished finished =
+        Run({"run", "noise.png", "InvertKRT", "-o", name}, {folder, false, 16384});
+    EXPECT_EQ(finished.status, 1) << name;
+    EXPECT_EQ(finished.err, "picturehost: can't write '" + name + "': File too large\n");
+    EXPECT_EQ(ReadBytes(scratch / name), "before") << name;
+  }
+  for (const auto& entry : fs::directory_iterator(folder))
+    EXPECT_FALSE(entry.path().filename().native().starts_with(".")) << entry.path();
+}
+
+TEST_F(Mistakes, CommandLines) {
+  EXPECT_EQ(Complaint({}, 2), "list, run or batch? (picturehost --help explains)");
+  EXPECT_NE(Complaint({"run", "--wrong"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png"}, 2).find("at least one expression"), std::string::npos);
+  EXPECT_NE(Complaint({"run"}, 2), "");
+  EXPECT_NE(Complaint({"paint"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--layout", "cmyk"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--application", "phone"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--layout", "rows"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--host-version", "new"}, 2), "");
+  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--save", "nothing"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT()", "InvertKRT", "-o", "out.png"}, 2).find("--no-picture"),
+            std::string::npos);
+}
+
+TEST_F(Mistakes, PluginsThatAreNone) {
+  EXPECT_EQ(Complaint({"list", "--plugin", "no.so"}),
+            "can't open 'no.so': No such file or directory");
+  EXPECT_NE(Complaint({"list", "--plugin", "text.png"}), "");
+}
+
+}  // namespace
+}  // namespace runner
