@@ -76,7 +76,7 @@ void MakeFolder(const fs::path& folder) {
   fs::create_directories(folder, error);
   if (!fs::is_directory(folder))
     throw Failure("can't make the folder " + Quoted(folder.native()) + ": " +
-                  (error ? error.message() : "a file has that name"));
+                  (fs::exists(folder) ? "a file has that name" : error.message()));
 }
 
 // One file, from reading to its place among the results; gives what the expressions print.

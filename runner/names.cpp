@@ -80,9 +80,9 @@ std::vector<std::string> Nearest(std::string_view name, std::span<const std::str
   for (const std::string& candidate : candidates) {
     const std::string lower = Lower(candidate);
     size_t distance = EditDistance(wanted, lower);
-    // Who types the beginning of a name, or its middle, means that name.
+    // Who types the beginning of a name, or its middle, may mean that name.
     if (wanted.size() >= 3 && lower.find(wanted) != std::string::npos)
-      distance = std::min<size_t>(distance, lower.starts_with(wanted) ? 1 : 2);
+      distance = std::min<size_t>(distance, 2);
     if (distance > std::max<size_t>(2, wanted.size() / 3)) continue;
     const std::pair<size_t, std::string> entry(distance, candidate);
     if (std::find(near.begin(), near.end(), entry) == near.end()) near.push_back(entry);
@@ -90,7 +90,11 @@ std::vector<std::string> Nearest(std::string_view name, std::span<const std::str
   std::stable_sort(near.begin(), near.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<std::string> names;
-  for (size_t i = 0; i < near.size() && i < 3; ++i) names.push_back(near[i].second);
+  for (size_t i = 0; i < near.size() && i < 3; ++i) {
+    // One slip away from a name, that name is meant and no other.
+    if (near[0].first <= 1 && near[i].first > 1) break;
+    names.push_back(near[i].second);
+  }
   return names;
 }
 

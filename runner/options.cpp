@@ -157,8 +157,13 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   AddRun(&app, &raw);
   AddBatch(&app, &raw);
   if (count < 2) throw UsageFailure("list, run or batch? (picturehost --help explains)");
+  // Behind "--" stand words alone, however they look. (CLI11 would take them for the program's, not
+  // for its command's.)
+  const auto dashes = std::find(words + 1, words + count, std::string_view("--"));
+  const int plainCount = static_cast<int>(dashes - words);
   try {
-    app.parse(count, words);
+    app.parse(plainCount, words);
+    for (int i = plainCount + 1; i < count; ++i) raw.words.emplace_back(words[i]);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
       app.exit(error, std::cout, std::cerr);

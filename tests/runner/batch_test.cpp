@@ -62,7 +62,7 @@ TEST_F(Batch, DoesManyFilesWithOddNames) {
     Save(Noise(20 + int(i), 10, 3, uint32_t(i)), scratch / names[i], i == 7 ? "bmp" : "png");
     arguments.push_back(names[i]);
   }
-  const Finished finished = Run(arguments, Here());
+  const Finished finished = RunProgram(arguments, Here());
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.err, "");
   EXPECT_EQ(finished.out, "8 written to out/deep\n");
@@ -76,9 +76,9 @@ TEST_F(Batch, ReportsEachFileThatFailsAndDoesTheOthers) {
   Save(Noise(8, 8), scratch / "good.png", "png");
   Save(Noise(9, 9), scratch / "fine.png", "png");
   WriteBytes(scratch / "bad\n.png", "no picture");
-  const Finished finished = Run({"batch", "InvertKRT", "good.png", "bad\n.png", "missing.png",
-                                 "fine.png", "-d", "out", "-j", "2"},
-                                Here());
+  const Finished finished = RunProgram({"batch", "InvertKRT", "good.png", "bad\n.png",
+                                        "missing.png", "fine.png", "-d", "out", "-j", "2"},
+                                       Here());
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 2) << finished.err;
   EXPECT_NE(finished.err.find("picturehost: 'bad\\n.png': "), std::string::npos);
@@ -95,9 +95,9 @@ TEST_F(Batch, PrintsValuesWithTheirFiles) {
                  }),
        scratch / "white.png", "png");
   Save(Noise(2, 2), scratch / "colour.png", "png");
-  const Finished finished = Run({"batch", "isWhiteKRT", "InvertKRT", "isBlackKRT", "white.png",
-                                 "colour.png", "-d", "out", "-j", "1"},
-                                Here());
+  const Finished finished = RunProgram({"batch", "isWhiteKRT", "InvertKRT", "isBlackKRT",
+                                        "white.png", "colour.png", "-d", "out", "-j", "1"},
+                                       Here());
   EXPECT_EQ(finished.out,
             "white.png: isWhiteKRT = true\nwhite.png: isBlackKRT = true\n"
             "colour.png: isWhiteKRT = false\ncolour.png: isBlackKRT = false\n2 written to out\n");
@@ -106,7 +106,7 @@ TEST_F(Batch, PrintsValuesWithTheirFiles) {
 TEST_F(Batch, ChangesTheFormatWhereAsked) {
   Save(Noise(8, 8), scratch / "one.png", "png");
   const Finished finished =
-      Run({"batch", "InvertKRT", "one.png", "-d", "out", "--format", "bmp"}, Here());
+      RunProgram({"batch", "InvertKRT", "one.png", "-d", "out", "--format", "bmp"}, Here());
   EXPECT_EQ(finished.status, 0) << finished.err;
   ExpectInverted("one.png", "out/one.bmp");
 }
@@ -116,8 +116,8 @@ TEST_F(Batch, SkipsResultsThatAreThere) {
   Save(Noise(9, 9), scratch / "two.png", "png");
   fs::create_directory(scratch / "out");
   WriteBytes(scratch / "out/one.png", "there already");
-  const Finished finished =
-      Run({"batch", "InvertKRT", "one.png", "two.png", "-d", "out", "--skip-existing"}, Here());
+  const Finished finished = RunProgram(
+      {"batch", "InvertKRT", "one.png", "two.png", "-d", "out", "--skip-existing"}, Here());
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.out, "1 written to out, 1 there already\n");
   EXPECT_EQ(ReadBytes(scratch / "out/one.png"), "there already");
@@ -129,7 +129,7 @@ TEST_F(Batch, StartsNothingThatCannotEndWell) {
   Save(Noise(8, 8), scratch / "one.png", "png");
   Save(Noise(8, 8), scratch / "sub/one.png", "png");
   const auto complaint = [&](const std::vector<std::string>& arguments) {
-    const Finished finished = Run(arguments, Here());
+    const Finished finished = RunProgram(arguments, Here());
     EXPECT_NE(finished.status, 0);
     EXPECT_EQ(finished.out, "");
     EXPECT_FALSE(fs::exists(scratch / "out"));
@@ -186,7 +186,7 @@ TEST_F(Batch, AnInterruptLeavesWholeFilesAndCanBeTakenUpAgain) {
     EXPECT_EQ(Names("out"), std::vector<std::string>{"first.png"});
     for (const pid_t worker : workers) EXPECT_NE(::kill(worker, 0), 0);
   }
-  const Finished finished = Run(arguments, Here());
+  const Finished finished = RunProgram(arguments, Here());
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.out, "2 written to out, 1 there already\n");
   ExpectInverted("slow.bmp", "out/slow.png");
@@ -210,12 +210,12 @@ TEST_F(Batch, ShowsABarOnATerminalAlone) {
     arguments.push_back(name);
   }
   arguments.push_back("missing.png");
-  const Finished finished = Run(arguments, {scratch.Folder().native(), true, 0});
+  const Finished finished = RunProgram(arguments, {scratch.Folder().native(), true, 0});
   EXPECT_EQ(finished.status, 1);
   EXPECT_NE(finished.err.find("] 0/6"), std::string::npos);
   EXPECT_NE(finished.err.find("] 6/6, 1 failed"), std::string::npos);
   EXPECT_TRUE(finished.err.ends_with("\r\x1B[K"));  // and takes it away
-  EXPECT_EQ(Run({"batch", "InvertKRT", "-d", "again", "0.png"}, Here()).err, "");
+  EXPECT_EQ(RunProgram({"batch", "InvertKRT", "-d", "again", "0.png"}, Here()).err, "");
 }
 
 }  // namespace

@@ -55,7 +55,9 @@ TEST(Crew, AFailureIsTextAndAWorkerThatDiesTakesOneTaskAlong) {
                               : task == 3 ? Outcome::kFailed
                                           : Outcome::kDone)
         << task;
-    if (dies) EXPECT_EQ(report.text, task == 7 ? "exit status 9" : "Killed");
+    if (dies) {
+      EXPECT_EQ(report.text, task == 7 ? "exit status 9" : "Killed");
+    }
   }
   EXPECT_EQ(reports.at(3).text, "no good");
 }

@@ -166,7 +166,7 @@ TEST(Cube, TellsTheLineThatIsWrong) {
     EXPECT_EQ(ErrorOf("LUT_3D_SIZE " + std::string(size)),
               start + "1: LUT_3D_SIZE is followed by one whole number from 2 to 256");
   EXPECT_EQ(ErrorOf("DOMAIN_MAX 0 1 1\n" + seven + "0 0 0\n"),
-            start + "9: DOMAIN_MIN isn't below DOMAIN_MAX");
+            start + "10: DOMAIN_MIN isn't below DOMAIN_MAX");
 }
 
 TEST(Cube, ReadsTheShippedTable) {

@@ -331,14 +331,17 @@ TEST(PixelRows, PackAndUnpackEveryLayout) {
           }
           if (channel == std::string::npos) continue;
           const uint8_t back = out[size_t(x * samples) + channel];
-          if (!premultiplied)
+          if (!premultiplied) {
             ASSERT_EQ(back, pixel[channel]) << order;
-          else if (alpha == 0)
+          } else if (alpha == 0) {
             ASSERT_EQ(back, 0) << order;
-          else
+          } else {
             ASSERT_EQ(back, std::min(255, (got * 255 + alpha / 2) / alpha)) << order;
+          }
         }
-        if (samples == 4) ASSERT_EQ(out[size_t(x * 4 + 3)], stores ? pixel[3] : 255) << order;
+        if (samples == 4) {
+          ASSERT_EQ(out[size_t(x * 4 + 3)], stores ? pixel[3] : 255) << order;
+        }
       }
     }
   EXPECT_FALSE(IsKnown(host::PictureLayout::BitmapContext(7)));

@@ -1,6 +1,7 @@
 // Image files made and read without the code under test.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -17,7 +18,7 @@ struct Image {
 
   Pixel At(int x, int y) const {
     const size_t start = (size_t(y) * size_t(width) + size_t(x)) * size_t(samples);
-    return {bytes.begin() + ptrdiff_t(start), bytes.begin() + ptrdiff_t(start) + samples};
+    return {bytes.begin() + std::ptrdiff_t(start), bytes.begin() + ptrdiff_t(start) + samples};
   }
 };
 

@@ -39,8 +39,8 @@ TEST(Nearest, NamesOverloadsOnce) {
 }
 
 TEST(ProgressBar, FitsItsTerminal) {
-  EXPECT_EQ(ProgressBar(5, 10, 0, 20), "[######-------] 5/10");
-  EXPECT_EQ(ProgressBar(10, 10, 1, 40), "[####################] 10/10, 1 failed");
+  EXPECT_EQ(ProgressBar(5, 10, 0, 20), "[######------] 5/10");
+  EXPECT_EQ(ProgressBar(10, 10, 1, 40), "[#####################] 10/10, 1 failed");
   EXPECT_EQ(ProgressBar(0, 0, 0, 200), "[" + std::string(50, '#') + "] 0/0");
   EXPECT_EQ(ProgressBar(5, 10, 0, 8), "5/10");
   for (size_t columns = 1; columns < 100; ++columns)

@@ -167,7 +167,9 @@ TEST(Parser, TakesAnyBytes) {
   const std::string whole = "a.b(c = &c00FF00, \"d\"\"\", -1.5e+3, nil).e() = true";
   for (size_t length = 0; length <= whole.size(); ++length) {
     const auto parsed = ParseStatement(std::string_view(whole).substr(0, length));
-    if (const auto* error = std::get_if<SyntaxError>(&parsed)) EXPECT_LE(error->column, length + 1);
+    if (const auto* error = std::get_if<SyntaxError>(&parsed)) {
+      EXPECT_LE(error->column, length + 1);
+    }
   }
 }
 

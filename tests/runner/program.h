@@ -38,7 +38,8 @@ class Program {
   int outPipe = -1, errPipe = -1;
 };
 
-inline Finished Run(const std::vector<std::string>& arguments, const Surroundings& around = {}) {
+inline Finished RunProgram(const std::vector<std::string>& arguments,
+                           const Surroundings& around = {}) {
   return Program(arguments, around).Wait();
 }
 

@@ -20,7 +20,7 @@ Pixel Inverted(const Pixel& pixel) {
 
 // A run that must succeed in silence but for what it prints; gives that.
 std::string Done(const std::vector<std::string>& arguments, const Surroundings& around = {}) {
-  const Finished finished = Run(arguments, around);
+  const Finished finished = RunProgram(arguments, around);
   EXPECT_EQ(finished.status, 0) << finished.err;
   EXPECT_EQ(finished.err, "");
   return finished.out;
