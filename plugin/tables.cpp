@@ -4,61 +4,56 @@
 // pair's value last. A `boolean` is one byte, 0 or not 0; a `color` is 0x00RRGGBB; a `byref` is a
 // pointer to the caller's variable. A returned handle carries one reference. Each function is
 // explained where it is defined.
-__attribute__((weak)) double ColornessKRT(REALpicture, int32_t);
-__attribute__((weak)) int8_t ScrollVerticalKRT(REALpicture, int32_t, int8_t, int8_t);
-__attribute__((weak)) int8_t ScrollHorizontalKRT(REALpicture, int32_t, int8_t, int8_t);
-__attribute__((weak)) int8_t ScrollKRT(REALpicture, int32_t, int32_t, int8_t, int8_t);
-__attribute__((weak)) int8_t PictureHasMask(REALpicture);
-__attribute__((weak)) REALpicture ContrastAbsBrightnessPicture3(REALpicture, double, double, double,
-                                                                double, double, double);
-__attribute__((weak)) REALpicture ContrastLinBrightnessPicture3(REALpicture, double, double, double,
-                                                                double, double, double);
-__attribute__((weak)) REALpicture ContrastAbsBrightnessPicture1(REALpicture, double, double);
-__attribute__((weak)) REALpicture ContrastLinBrightnessPicture1(REALpicture, double, double);
-__attribute__((weak)) REALpicture AbsBrightnessPicture3(REALpicture, double, double, double);
-__attribute__((weak)) REALpicture LinBrightnessPicture3(REALpicture, double, double, double);
-__attribute__((weak)) REALpicture AbsBrightnessPicture1(REALpicture, double);
-__attribute__((weak)) REALpicture LinBrightnessPicture1(REALpicture, double);
-__attribute__((weak)) REALpicture ContrastPicture1(REALpicture, double);
-__attribute__((weak)) REALpicture ContrastPicture3(REALpicture, double, double, double);
-__attribute__((weak)) REALpicture TransformPicture1(REALpicture, double, double);
-__attribute__((weak)) REALpicture TransformPicture3(REALpicture, double, double, double, double,
-                                                    double, double);
-__attribute__((weak)) REALpicture InvertPicture(REALpicture, int32_t, int32_t, int32_t, int32_t);
-__attribute__((weak)) REALpicture InvertPicture2(REALpicture);
-__attribute__((weak))
+double ColornessKRT(REALpicture, int32_t);
+int8_t ScrollVerticalKRT(REALpicture, int32_t, int8_t, int8_t);
+int8_t ScrollHorizontalKRT(REALpicture, int32_t, int8_t, int8_t);
+int8_t ScrollKRT(REALpicture, int32_t, int32_t, int8_t, int8_t);
+int8_t PictureHasMask(REALpicture);
+REALpicture ContrastAbsBrightnessPicture3(REALpicture, double, double, double, double, double,
+                                          double);
+REALpicture ContrastLinBrightnessPicture3(REALpicture, double, double, double, double, double,
+                                          double);
+REALpicture ContrastAbsBrightnessPicture1(REALpicture, double, double);
+REALpicture ContrastLinBrightnessPicture1(REALpicture, double, double);
+REALpicture AbsBrightnessPicture3(REALpicture, double, double, double);
+REALpicture LinBrightnessPicture3(REALpicture, double, double, double);
+REALpicture AbsBrightnessPicture1(REALpicture, double);
+REALpicture LinBrightnessPicture1(REALpicture, double);
+REALpicture ContrastPicture1(REALpicture, double);
+REALpicture ContrastPicture3(REALpicture, double, double, double);
+REALpicture TransformPicture1(REALpicture, double, double);
+REALpicture TransformPicture3(REALpicture, double, double, double, double, double, double);
+REALpicture InvertPicture(REALpicture, int32_t, int32_t, int32_t, int32_t);
+REALpicture InvertPicture2(REALpicture);
 REALpicture InvertGrayPicture(REALpicture, int32_t, int32_t, int32_t, int32_t);
-__attribute__((weak)) REALpicture InvertGrayPicture2(REALpicture);
-__attribute__((weak))
+REALpicture InvertGrayPicture2(REALpicture);
 REALpicture ExtractColorRectangleMaskKRT(REALpicture, int32_t, int32_t, int32_t, int32_t);
-__attribute__((weak)) REALpicture ExtractColorRectangleMaskKRT2(REALpicture);
-__attribute__((weak)) REALpicture GetEmbededMask(REALpicture, int8_t);
-__attribute__((weak)) void SetEmbededMask(REALpicture, int8_t, REALpicture);
-__attribute__((weak)) int32_t CountColorKRT(REALpicture, uint32_t);
-__attribute__((weak)) void CountColorsKRT(REALpicture, REALmemoryBlock*, REALmemoryBlock*,
-                                          REALmemoryBlock*, int32_t*);
-__attribute__((weak)) REALpicture TransformColorsKRT(REALpicture, REALmemoryBlock, REALmemoryBlock,
-                                                     REALmemoryBlock, REALpicture);
-__attribute__((weak)) REALpicture ReplaceColorKRT(REALpicture, uint32_t, uint32_t);
-__attribute__((weak)) REALpicture ExtractColorKRT(REALpicture, uint32_t, uint32_t, uint32_t);
-__attribute__((weak)) REALpicture SaturationPicture(REALpicture, int32_t);
-__attribute__((weak)) REALpicture ReplaceRedChannel(REALpicture, REALpicture);
-__attribute__((weak)) REALpicture ReplaceGreenChannel(REALpicture, REALpicture);
-__attribute__((weak)) REALpicture ReplaceBlueChannel(REALpicture, REALpicture);
-__attribute__((weak)) int8_t FindPicture(REALpicture, REALpicture, int32_t*, int32_t*);
-__attribute__((weak)) int8_t isWhite2(REALpicture);
-__attribute__((weak)) int8_t isWhite(REALpicture, int32_t, int32_t, int32_t, int32_t);
-__attribute__((weak)) int8_t isBlack2(REALpicture);
-__attribute__((weak)) int8_t isBlack(REALpicture, int32_t, int32_t, int32_t, int32_t);
-__attribute__((weak)) int8_t isGray2(REALpicture, int32_t);
-__attribute__((weak)) int8_t isGray(REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t);
+REALpicture ExtractColorRectangleMaskKRT2(REALpicture);
+REALpicture GetEmbededMask(REALpicture, int8_t);
+void SetEmbededMask(REALpicture, int8_t, REALpicture);
+int32_t CountColorKRT(REALpicture, uint32_t);
+void CountColorsKRT(REALpicture, REALmemoryBlock*, REALmemoryBlock*, REALmemoryBlock*, int32_t*);
+REALpicture TransformColorsKRT(REALpicture, REALmemoryBlock, REALmemoryBlock, REALmemoryBlock,
+                               REALpicture);
+REALpicture ReplaceColorKRT(REALpicture, uint32_t, uint32_t);
+REALpicture ExtractColorKRT(REALpicture, uint32_t, uint32_t, uint32_t);
+REALpicture SaturationPicture(REALpicture, int32_t);
+REALpicture ReplaceRedChannel(REALpicture, REALpicture);
+REALpicture ReplaceGreenChannel(REALpicture, REALpicture);
+REALpicture ReplaceBlueChannel(REALpicture, REALpicture);
+int8_t FindPicture(REALpicture, REALpicture, int32_t*, int32_t*);
+int8_t isWhite2(REALpicture);
+int8_t isWhite(REALpicture, int32_t, int32_t, int32_t, int32_t);
+int8_t isBlack2(REALpicture);
+int8_t isBlack(REALpicture, int32_t, int32_t, int32_t, int32_t);
+int8_t isGray2(REALpicture, int32_t);
+int8_t isGray(REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t);
 
-__attribute__((weak)) REALpicture BinaryStringtoPicture(REALstring);
-__attribute__((weak)) REALstring PicturetoBinaryString(REALpicture);
-__attribute__((weak)) REALpicture CombinePicturesKRT(REALpicture, REALpicture, REALpicture);
-__attribute__((weak)) REALpicture MergePicture(REALpicture, REALpicture);
-__attribute__((weak)) REALpicture TintPicture(REALpicture, uint32_t, uint32_t);
-__attribute__((weak))
+REALpicture BinaryStringtoPicture(REALstring);
+REALstring PicturetoBinaryString(REALpicture);
+REALpicture CombinePicturesKRT(REALpicture, REALpicture, REALpicture);
+REALpicture MergePicture(REALpicture, REALpicture);
+REALpicture TintPicture(REALpicture, uint32_t, uint32_t);
 REALpicture RenderSamples(REALmemoryBlock, int32_t, int32_t, int32_t, int32_t, int32_t, uint32_t,
                           uint32_t, uint32_t, int32_t, int8_t);
 
