@@ -132,7 +132,7 @@ bool PictureEditor::OpenBitmapContext(REALpicture pic) {
     return false;
   }
 
-  Hold(pic);
+  if (!Hold(pic)) return false;
   alphaContext = hasAlpha;
   format = alphaInfo;
   rowBytes = contextRowBytes;
@@ -153,7 +153,7 @@ bool PictureEditor::OpenRowTable(REALpicture pic) {
     return false;
   }
 
-  Hold(pic);
+  if (!Hold(pic)) return false;
   alphaContext = false;
   format = 8;
   width = description.width;
@@ -187,13 +187,17 @@ bool PictureEditor::OpenRasterized(REALpicture pic, bool* opened) {
   return true;
 }
 
-// Makes the locked `pic` the editor's own.
-void PictureEditor::Hold(REALpicture pic) {
-  REALLockObject(AsObject(pic));
+// Makes the locked `pic` the editor's own; unlocks it where no reference can be taken.
+bool PictureEditor::Hold(REALpicture pic) {
+  if (!REALLockObject(AsObject(pic))) {
+    REALUnlockPictureDescription(pic);
+    return false;
+  }
   picture = pic;
   descriptionLocked = true;
   bytesPerPixel = 4;
   cursorX = cursorY = 0;
+  return true;
 }
 
 void PictureEditor::Release() {

@@ -77,7 +77,7 @@ class PictureEditor {
   bool OpenBitmapContext(REALpicture pic);
   bool OpenRowTable(REALpicture pic);
   bool OpenRasterized(REALpicture pic, bool* opened);
-  void Hold(REALpicture pic);
+  bool Hold(REALpicture pic);
   void Release();
 };
 

@@ -28,11 +28,13 @@ inline MemoryBlockBytes BytesOfMemoryBlock(REALmemoryBlock block) {
 // A memory block kept locked for the length of a scope.
 class LockedMemoryBlock {
  public:
-  explicit LockedMemoryBlock(REALmemoryBlock block) : block_(block) {
-    REALLockObject(AsObject(block_));
-    bytes_ = BytesOfMemoryBlock(block_);
+  explicit LockedMemoryBlock(REALmemoryBlock block)
+      : block_(block),
+        locked_(REALLockObject(AsObject(block))),
+        bytes_(BytesOfMemoryBlock(block)) {}
+  ~LockedMemoryBlock() {
+    if (locked_) REALUnlockObject(AsObject(block_));
   }
-  ~LockedMemoryBlock() { REALUnlockObject(AsObject(block_)); }
   LockedMemoryBlock(const LockedMemoryBlock&) = delete;
   LockedMemoryBlock& operator=(const LockedMemoryBlock&) = delete;
 
@@ -40,5 +42,6 @@ class LockedMemoryBlock {
 
  private:
   REALmemoryBlock block_;
+  bool locked_;
   MemoryBlockBytes bytes_;
 };

@@ -43,9 +43,8 @@ bool PictureWriter::NewPictureWriter(int32_t newWidth, int32_t newHeight, bool a
 REALpicture PictureEditor::RenderPictureWriter() {
   REALpicture result = nullptr;
   if (picture != nullptr) {
-    result = picture;
-    REALLockObject(AsObject(result));
-    REALPictureClearCache(result);
+    result = REALLockObject(AsObject(picture)) ? picture : nullptr;
+    REALPictureClearCache(picture);
   } else if (buffer != nullptr) {
     constexpr int32_t kPixelType = 1;
     result = REALBuildPictureFromBuffer(width, height, kPixelType, buffer, rowBytes);

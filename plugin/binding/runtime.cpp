@@ -21,9 +21,11 @@ void REALRegisterMethod(REALmethodDefinition* method) {
   if (Bind(pRegisterMethod, "PluginRegisterMethod")) pRegisterMethod(method);
 }
 
-void REALLockObject(REALobject object) {
+bool REALLockObject(REALobject object) {
   static void (*pLockObject)(REALobject);
-  if (Bind(pLockObject, "REALLockObject")) pLockObject(object);
+  if (!Bind(pLockObject, "REALLockObject")) return false;
+  pLockObject(object);
+  return true;
 }
 
 void REALUnlockObject(REALobject object) {

@@ -29,8 +29,9 @@ void REALRegisterClass(REALclassDefinition* definition);
 void REALRegisterClassExtension(REALclassDefinition* definition);
 void REALRegisterMethod(REALmethodDefinition* method);
 
-// References to objects and strings; a null handle is ignored.
-void REALLockObject(REALobject object);
+// References to objects and strings; a null handle is ignored. Without the host's function no
+// reference is taken, and locking an object says so with false: there is then none to give back.
+bool REALLockObject(REALobject object);
 void REALUnlockObject(REALobject object);
 void REALLockString(REALstring string);
 void REALUnlockString(REALstring string);
