@@ -123,24 +123,22 @@ class DescriptionLock {
 };
 
 // Lets QuickDraw shift the content of a graphics world. Its coordinates are 16 bits wide, and what
-// doesn't fit loses its upper bits (intended). A call that the platform doesn't have is left out,
-// and with it those that need what it would have given. False for a picture that isn't a graphics
-// world.
+// doesn't fit loses its upper bits (intended). Calls that the platform doesn't have are left out,
+// and the others are made all the same (intended). False for a picture that isn't a graphics world.
 bool ShiftGraphicsWorld(REALpicture picture, int32_t dh, int32_t dv) {
   if (picture == nullptr) return false;
   const DescriptionLock lock(picture);
   if (!lock.IsGraphicsWorld()) return false;
 
-  void* world = &world;  // until GetGWorld says otherwise; null is a world like any other
+  void* world = nullptr;
   void* device = nullptr;
   GetGWorld(&world, &device);
-  if (world == &world || !SetGWorld(lock.description().pictureData, nullptr)) return true;
-  if (void* uncovered = NewRgn()) {
-    const int16_t whole[4] = {0, 0, static_cast<int16_t>(lock.description().height),
-                              static_cast<int16_t>(lock.description().width)};
-    ScrollRect(whole, static_cast<int16_t>(dh), static_cast<int16_t>(dv), uncovered);
-    DisposeRgn(uncovered);
-  }
+  SetGWorld(lock.description().pictureData, nullptr);
+  void* uncovered = NewRgn();
+  const int16_t whole[4] = {0, 0, static_cast<int16_t>(lock.description().height),
+                            static_cast<int16_t>(lock.description().width)};
+  ScrollRect(whole, static_cast<int16_t>(dh), static_cast<int16_t>(dv), uncovered);
+  DisposeRgn(uncovered);
   SetGWorld(world, device);
   return true;
 }

@@ -13,9 +13,9 @@
 namespace host::runtime {
 namespace {
 
-// The world at an address, if it is the screen's or a live picture's.
+// The world at an address, if it is the screen's (nil stands for it, too) or a live picture's.
 GraphicsWorld* FindWorld(HostState& state, void* address) {
-  if (address == &state.screen) return &state.screen;
+  if (address == nullptr || address == &state.screen) return &state.screen;
   for (const auto& [serial, object] : state.objects.Live()) {
     if (object->GetKind() != Kind::kPicture) continue;
     PictureState& picture = static_cast<Picture*>(object)->State();
@@ -73,20 +73,22 @@ void UnlockPixels(HostState& state, void* pixels) {
 }
 
 void ScrollRect(HostState& state, const int16_t* rectangle, int16_t dh, int16_t dv, void* region) {
-  auto* update =
-      reinterpret_cast<PlatformObject*>(Look(state, region, Kind::kPlatform, "ScrollRect"));
-  if (update == nullptr || update->kind != PlatformKind::kRegion) {
-    throw Error("the update region isn't a region");
+  PlatformObject* update = nullptr;
+  if (region != nullptr) {
+    update = reinterpret_cast<PlatformObject*>(Look(state, region, Kind::kPlatform, "ScrollRect"));
+    if (update == nullptr || update->kind != PlatformKind::kRegion) {
+      throw Error("the update region isn't a region");
+    }
   }
   Picture* target = state.currentWorld->picture;
-  if (target == nullptr) throw Error("the current graphics world is the screen's");
+  if (target == nullptr) return;  // the screen's world has no pixels
   PictureState& picture = target->State();
   const Rectangle area = {std::max<int32_t>(rectangle[1], 0), std::max<int32_t>(rectangle[0], 0),
                           std::min<int32_t>(rectangle[3], picture.width),
                           std::min<int32_t>(rectangle[2], picture.height)};
   if (area.Empty()) return;
   if (dh != 0 || dv != 0) {
-    std::copy_n(rectangle, 4, update->bounds);
+    if (update != nullptr) std::copy_n(rectangle, 4, update->bounds);
     Scroll(picture, area, dh, dv);
   }
 }
@@ -96,6 +98,7 @@ void* NewRegion(HostState& state) {
 }
 
 void DisposeRegion(HostState& state, void* region) {
+  if (region == nullptr) return;
   Object* found = Look(state, region, Kind::kPlatform, "DisposeRgn");
   if (found == nullptr) return;
   if (static_cast<PlatformObject*>(found)->kind != PlatformKind::kRegion) {

@@ -55,4 +55,4 @@ void ScrollRect(const int16_t rectangle[4], int16_t dh, int16_t dv, void* region
 void* NewRgn();
 void DisposeRgn(void* region);
 void GetGWorld(void** world, void** device);
-bool SetGWorld(void* world, void* device);
+void SetGWorld(void* world, void* device);

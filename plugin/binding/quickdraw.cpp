@@ -70,9 +70,7 @@ void GetGWorld(void** world, void** device) {
   if (BindQuickDraw(_GetGWorld, PLATFORM_STRING("GetGWorld"))) _GetGWorld(world, device);
 }
 
-bool SetGWorld(void* world, void* device) {
+void SetGWorld(void* world, void* device) {
   static void (*_SetGWorld)(void*, void*);
-  if (!BindQuickDraw(_SetGWorld, PLATFORM_STRING("SetGWorld"))) return false;
-  _SetGWorld(world, device);
-  return true;
+  if (BindQuickDraw(_SetGWorld, PLATFORM_STRING("SetGWorld"))) _SetGWorld(world, device);
 }

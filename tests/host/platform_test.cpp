@@ -172,16 +172,32 @@ TEST_F(QuickDrawTest, WhatIsNotAWorldOrARegionIsAnError) {
   EXPECT_TRUE(Contains(TakeErrors(), "SetGWorld: the graphics world isn't"));
   const int16_t part[] = {0, 0, 1, 1};
   auto* scroll = QuickDraw<void(const int16_t*, int16_t, int16_t, void*)>("ScrollRect");
-  scroll(part, 1, 1, nullptr);
+  scroll(part, 1, 1, &something);
   EXPECT_TRUE(Contains(TakeErrors(), "ScrollRect"));
   void* region = QuickDraw<void*()>("NewRgn")();
-  scroll(part, 1, 1, region);
-  EXPECT_TRUE(Contains(TakeErrors(), "the current graphics world is the screen's"));
   Release(region);
   EXPECT_TRUE(Contains(TakeErrors(), "a region isn't a Core Foundation object"));
   const Snapshot before = host.census.Take();
   QuickDraw<void(void*)>("DisposeRgn")(region);
   EXPECT_TRUE(Contains(host.census.DifferenceText(before), "1 reference returned too many"));
+}
+
+TEST_F(QuickDrawTest, NilStandsForTheScreensWorldAndNoRegion) {
+  const Ref<Picture> picture = World(3, 2);
+  REALpictureDescription description{};
+  ASSERT_TRUE(LockDescription(picture, description));
+  auto* setWorld = QuickDraw<void(void*, void*)>("SetGWorld");
+  auto* scroll = QuickDraw<void(const int16_t*, int16_t, int16_t, void*)>("ScrollRect");
+  const int16_t whole[] = {0, 0, 2, 3};
+  setWorld(description.pictureData, nullptr);
+  scroll(whole, 1, 0, nullptr);
+  EXPECT_EQ(picture->Pixel(2, 1), (Rgba{1, 1, 7, 255}));
+  QuickDraw<void(void*)>("DisposeRgn")(nullptr);
+  setWorld(nullptr, nullptr);
+  EXPECT_EQ(CurrentGraphicsWorld(), nullptr);
+  scroll(whole, 1, 0, nullptr);
+  EXPECT_EQ(picture->Pixel(2, 1), (Rgba{1, 1, 7, 255}));
+  UnlockDescription(picture);
 }
 
 TEST_F(QuickDrawTest, PixelsAreLockedAndUnlocked) {
