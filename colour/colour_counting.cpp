@@ -21,41 +21,65 @@ namespace {
 constexpr int32_t kValues = 256;
 constexpr int32_t kHistogramBytes = kValues * 4;
 
-// Counters by channel (red, green, blue) and value.
-struct Histograms {
-  uint32_t counters[3][kValues];
-};
-
-constexpr void CountChannels(Pixel p, Histograms* histograms) {
-  ++histograms->counters[0][p.red];
-  ++histograms->counters[1][p.green];
-  ++histograms->counters[2][p.blue];
+Rectangle WholeOf(const PictureReader& source) {
+  return ClipRectangle(kWholePicture, source.width, source.height);
 }
 
 // Neighbours are often alike, and a counter can't be raised again before its last rise is stored:
-// four pixels in a row therefore go to counters of their own.
+// four pixels in a row therefore go to lanes of their own.
 constexpr int32_t kLanes = 4;
 
-template <Layout kLayout>
-void CountRow(const Word* row, int32_t count, Histograms (&lanes)[kLanes]) {
+// The caller's counters: red, green, blue, and the same for every lane. Two channels may have the
+// same.
+struct Histograms {
+  Word* channels[3];
+  Word* Counters(int32_t /*lane*/, int32_t channel) const { return channels[channel]; }
+};
+
+// Counters for each lane. They take as long to clear and to add up as a few thousand pixels to
+// count.
+struct LaneHistograms {
+  uint32_t lanes[kLanes][3][kValues];
+  uint32_t* Counters(int32_t lane, int32_t channel) { return lanes[lane][channel]; }
+};
+constexpr uint32_t kFewPixels = 4096;
+
+template <class Counters>
+void CountChannels(Pixel p, int32_t lane, Counters& counters) {
+  ++counters.Counters(lane, 0)[p.red];
+  ++counters.Counters(lane, 1)[p.green];
+  ++counters.Counters(lane, 2)[p.blue];
+}
+
+// Not compiled for wider vectors, which are of no use here and make the loop slower.
+template <Layout kLayout, class Counters>
+__attribute__((noinline)) void CountRow(const Word* row, int32_t count, Counters& counters) {
   int32_t x = 0;
   for (; x <= count - kLanes; x += kLanes) {
     for (int32_t lane = 0; lane < kLanes; ++lane) {
-      CountChannels(Unpack<kLayout>(row[x + lane]), &lanes[lane]);
+      CountChannels(Unpack<kLayout>(row[x + lane]), lane, counters);
     }
   }
-  for (; x < count; ++x) CountChannels(Unpack<kLayout>(row[x]), &lanes[0]);
+  for (; x < count; ++x) CountChannels(Unpack<kLayout>(row[x]), 0, counters);
 }
 
-void AddHistogram(const Histograms (&lanes)[kLanes], int32_t channel, uint8_t* block) {
-  Word* counters = reinterpret_cast<Word*>(block);
-  for (int32_t value = 0; value < kValues; ++value) {
-    for (const Histograms& lane : lanes) counters[value] += lane.counters[channel][value];
+template <class Counters>
+void CountRows(const PictureReader& source, Counters& counters) {
+  VisitRows(source, WholeOf(source), [&]<Layout kLayout>(const Word* row, int32_t count) {
+    CountRow<kLayout>(row, count, counters);
+    return true;
+  });
+}
+
+void CountRowsInLanes(const PictureReader& source, const Histograms& histograms) {
+  LaneHistograms lanes{};
+  CountRows(source, lanes);
+  for (int32_t channel = 0; channel < 3; ++channel) {
+    Word* counters = histograms.channels[channel];
+    for (int32_t value = 0; value < kValues; ++value) {
+      for (const auto& lane : lanes.lanes) counters[value] += lane[channel][value];
+    }
   }
-}
-
-Rectangle WholeOf(const PictureReader& source) {
-  return ClipRectangle(kWholePicture, source.width, source.height);
 }
 
 }  // namespace
@@ -87,21 +111,21 @@ void CountColorsKRT(REALpicture picture, REALmemoryBlock* red, REALmemoryBlock* 
 
   PictureReader source;
   if (!source.GetPictureEditor(picture, true, false)) return;
-  MemoryBlockBytes blocks[3];
+  Histograms histograms;
   for (int32_t channel = 0; channel < 3; ++channel) {
-    blocks[channel] = BytesOfMemoryBlock(*inOrder[channel]);
-    if (!blocks[channel].Holds(kHistogramBytes)) return;
+    const MemoryBlockBytes block = BytesOfMemoryBlock(*inOrder[channel]);
+    if (!block.Holds(kHistogramBytes)) return;
+    histograms.channels[channel] = reinterpret_cast<Word*>(block.data);
   }
 
-  Histograms lanes[kLanes] = {};
-  uint32_t counted = 0;
-  VisitRows(source, WholeOf(source), [&]<Layout kLayout>(const Word* row, int32_t width) {
-    CountRow<kLayout>(row, width, lanes);
-    counted += static_cast<uint32_t>(width);
-    return true;
-  });
-  for (int32_t channel = 0; channel < 3; ++channel) {
-    AddHistogram(lanes, channel, blocks[channel].data);
+  const Rectangle whole = WholeOf(source);
+  const uint32_t pixels =
+      whole.IsEmpty() ? 0
+                      : static_cast<uint32_t>(whole.right) * static_cast<uint32_t>(whole.bottom);
+  if (pixels < kFewPixels) {
+    CountRows(source, histograms);
+  } else {
+    CountRowsInLanes(source, histograms);
   }
-  *count = static_cast<int32_t>(counted);
+  *count = static_cast<int32_t>(pixels);
 }

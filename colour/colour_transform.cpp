@@ -13,35 +13,20 @@
 
 #include <string.h>
 
+#include "pixels/channel_tables.h"
 #include "pixels/memory_block.h"
-#include "pixels/rows.h"
 #include "plugin/binding/exceptions.h"
 
 namespace {
 
-constexpr int32_t kValues = 256;
-
 // A table of the plug-in's own, all of its entries there: the block's may be fewer, and may lie
 // anywhere, even in the destination.
-struct ChannelTable {
-  explicit ChannelTable(const MemoryBlockBytes& block) {
-    const int32_t given = block.Holds(kValues) ? kValues : block.size;
-    memcpy(values, block.data, static_cast<size_t>(given));
-    for (int32_t value = given; value < kValues; ++value) {
-      values[value] = static_cast<uint8_t>(value);
-    }
+void CopyTable(const MemoryBlockBytes& block, uint8_t (&values)[ChannelTables::kValues]) {
+  const int32_t given = block.Holds(ChannelTables::kValues) ? ChannelTables::kValues : block.size;
+  memcpy(values, block.data, static_cast<size_t>(given));
+  for (int32_t value = given; value < ChannelTables::kValues; ++value) {
+    values[value] = static_cast<uint8_t>(value);
   }
-  uint8_t values[kValues];
-};
-
-struct ChannelTables {
-  ChannelTable red;
-  ChannelTable green;
-  ChannelTable blue;
-};
-
-constexpr Pixel Transform(Pixel p, const ChannelTables& tables) {
-  return {tables.red.values[p.red], tables.green.values[p.green], tables.blue.values[p.blue]};
 }
 
 // What the program sees as the picture's size; 0 when it can't be read.
@@ -84,10 +69,11 @@ REALpicture TransformColorsKRT(REALpicture picture, REALmemoryBlock red, REALmem
       !target.NewPictureWriter(source.width, source.height, false)) {
     return nullptr;
   }
-  const ChannelTables tables{ChannelTable(redBlock.bytes()), ChannelTable(greenBlock.bytes()),
-                             ChannelTable(blueBlock.bytes())};
-  MapPixels(
-      target, ClipRectangle(kWholePicture, source.width, source.height),
-      [&](Pixel p) { return Transform(p, tables); }, source);
+  ChannelTables tables;
+  CopyTable(redBlock.bytes(), tables.red);
+  CopyTable(greenBlock.bytes(), tables.green);
+  CopyTable(blueBlock.bytes(), tables.blue);
+  MapThroughTables(target, ClipRectangle(kWholePicture, source.width, source.height), tables,
+                   source);
   return target.RenderPictureWriter();
 }

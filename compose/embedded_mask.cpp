@@ -25,11 +25,29 @@ constexpr uint32_t AlphaOf(uint32_t word) {
   if constexpr (kLayout == Layout::bgrx) return (word >> 24 & 127) * 2 | (word >> 24 & 1);
 }
 
-constexpr uint32_t FirstByteReplaced(uint32_t word, uint32_t byte) {
-  return (word & ~uint32_t{255}) | byte;
-}
-
 constexpr uint32_t InversionOf(int8_t swap) { return swap != 0 ? 255 : 0; }
+
+// The grey pixel that shows a pixel's alpha.
+struct ShowAlpha {
+  uint32_t inversion;
+
+  template <Layout kTo, Layout kFrom>
+  constexpr uint32_t operator()(uint32_t word) const {
+    const auto grey = static_cast<int32_t>(AlphaOf<kFrom>(word) ^ inversion);
+    return Pack<kTo>({grey, grey, grey});
+  }
+};
+
+// A word whose first byte comes from the red channel of a mask's pixel.
+struct ReplaceFirstByte {
+  uint32_t inversion;
+
+  template <Layout, Layout kMask, Layout>
+  constexpr uint32_t operator()(uint32_t mask, uint32_t word) const {
+    const auto red = static_cast<uint32_t>(Unpack<kMask>(mask).red);
+    return (word & ~uint32_t{255}) | (red ^ inversion);
+  }
+};
 
 constexpr int32_t Smaller(int32_t a, int32_t b) { return a < b ? a : b; }
 
@@ -54,18 +72,7 @@ REALpicture GetEmbededMask(REALpicture picture, int8_t swap) {
   PictureWriter target;
   if (!target.NewPictureWriter(source.width, source.height, false)) return nullptr;
 
-  const uint32_t inversion = InversionOf(swap);
-  WithLayout(target.format, [&]<Layout kTo>() {
-    int32_t y = 0;
-    VisitRows(source, Overlap(source, target), [&]<Layout kFrom>(const Word* row, int32_t count) {
-      Word* to = target.PixelAt(0, y++);
-      for (int32_t x = 0; x < count; ++x) {
-        const auto grey = static_cast<int32_t>(AlphaOf<kFrom>(row[x]) ^ inversion);
-        to[x] = Pack<kTo>({grey, grey, grey});
-      }
-      return true;
-    });
-  });
+  MapPixels(target, Overlap(source, target), ShowAlpha{InversionOf(swap)}, source);
   return target.RenderPictureWriter();
 }
 
@@ -76,14 +83,5 @@ void SetEmbededMask(REALpicture picture, int8_t swap, REALpicture maskPicture) {
   PictureReader mask;
   if (!mask.GetPictureEditor(maskPicture, true, false)) return;
 
-  const uint32_t inversion = InversionOf(swap);
-  int32_t y = 0;
-  VisitRows(mask, Overlap(mask, target), [&]<Layout kFrom>(const Word* row, int32_t count) {
-    Word* to = target.PixelAt(0, y++);
-    for (int32_t x = 0; x < count; ++x) {
-      const auto red = static_cast<uint32_t>(Unpack<kFrom>(row[x]).red);
-      to[x] = FirstByteReplaced(to[x], red ^ inversion);
-    }
-    return true;
-  });
+  MapPixels(target, Overlap(mask, target), ReplaceFirstByte{InversionOf(swap)}, mask, target);
 }

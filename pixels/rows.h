@@ -48,21 +48,26 @@ void MapRow(int32_t count, const Rule rule, Word* target, SourceRow<kFrom>... so
   for (int32_t x = 0; x < count; ++x) target[x] = MapWord<kTo, kFrom...>(rule, sources[x]...);
 }
 
+// What a picture has of a rectangle.
+inline Rectangle Within(const PictureEditor& picture, Rectangle rectangle) {
+  if (rectangle.right > picture.width) rectangle.right = picture.width;
+  if (rectangle.bottom > picture.height) rectangle.bottom = picture.height;
+  return rectangle;
+}
+
 // Writes `rule` of the source pixels to every pixel of `rectangle`, which lies inside the sources.
-// A target may be one of the sources. Rows that a target doesn't have are left out.
+// A target may be one of the sources. What a target doesn't have is left out.
 template <class Rule, class... Sources>
 void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
                const Sources&... sources) {
-  const int32_t left = rectangle.left;
-  const int32_t right = rectangle.right < target.width ? rectangle.right : target.width;
-  const int32_t bottom = rectangle.bottom < target.height ? rectangle.bottom : target.height;
-  if (left >= right) return;
+  const Rectangle area = Within(target, rectangle);
+  if (area.IsEmpty()) return;
   WithLayouts(
       [&]<Layout kTo, Layout... kFrom>() {
         RunWidest([&] {
-          for (int32_t y = rectangle.top; y < bottom; ++y) {
-            MapRow<kTo, kFrom...>(right - left, rule, target.PixelAt(left, y),
-                                  sources.PixelAt(left, y)...);
+          for (int32_t y = area.top; y < area.bottom; ++y) {
+            MapRow<kTo, kFrom...>(area.right - area.left, rule, target.PixelAt(area.left, y),
+                                  sources.PixelAt(area.left, y)...);
           }
         });
       },

@@ -12,14 +12,13 @@ inline constexpr int32_t kStripLength = 64;
 template <class Rule>
 void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
                const PictureEditor& source) {
-  const int32_t right = rectangle.right < target.width ? rectangle.right : target.width;
-  const int32_t bottom = rectangle.bottom < target.height ? rectangle.bottom : target.height;
+  const Rectangle area = Within(target, rectangle);
   WithLayouts(
       [&]<Layout kTo, Layout kFrom>() {
         RunWidest([&] {
-          for (int32_t y = rectangle.top; y < bottom; ++y) {
-            for (int32_t x = rectangle.left, count = 0; x < right; x += count) {
-              count = right - x < kStripLength ? right - x : kStripLength;
+          for (int32_t y = area.top; y < area.bottom; ++y) {
+            for (int32_t x = area.left, count = 0; x < area.right; x += count) {
+              count = area.right - x < kStripLength ? area.right - x : kStripLength;
               rule.template operator()<kTo, kFrom>(count, target.PixelAt(x, y),
                                                    source.PixelAt(x, y));
             }
