@@ -33,6 +33,16 @@ TEST_F(InstructionSetTest, AgreesWithTheCompilersOwnQuestion) {
                                                                    : InstructionSet::baseline;
   EXPECT_EQ(internals->findInstructionSet(), expected);
 }
+
+TEST_F(InstructionSetTest, TheOneThatIsForcedRuns) {
+  StartInternals();
+  for (const InstructionSet set :
+       {InstructionSet::baseline, InstructionSet::avx2, InstructionSet::avx512}) {
+    if (set > internals->findInstructionSet()) continue;
+    *internals->instructionSet = set;
+    EXPECT_EQ(internals->runningInstructionSet(), set);
+  }
+}
 #endif
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/support/fixture.h"
 
+#include <dlfcn.h>
+
 #include "tests/support/macho_imports.h"
 
 namespace support {
@@ -16,7 +18,14 @@ uintptr_t& LoadAddressSetting() {
   return address;
 }
 
+InstructionSet& InstructionSetSetting() {
+  static InstructionSet set = InstructionSet::unknown;
+  return set;
+}
+
 }  // namespace
+
+void SetInstructionSet(InstructionSet set) { InstructionSetSetting() = set; }
 
 std::filesystem::path PluginPath() { return PluginPathSetting(); }
 
@@ -39,8 +48,23 @@ MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
   return *bundle;
 }
 
-void LoadPluginUnderTest(host::Host& host) {
+const Internals* LoadInternals(host::Host& host) {
+  using Table = const Internals* (*)();
   if (PluginIsBundle()) {
+    const std::filesystem::path path = PluginPath().replace_filename("PictureInternals.bundle");
+    return reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"))();
+  }
+  host.LoadPlugin(PICTURE_INTERNALS);
+  void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);
+  auto table = reinterpret_cast<Table>(dlsym(library, "PictureInternals"));
+  dlclose(library);
+  return table();
+}
+
+void LoadPluginUnderTest(host::Host& host) {
+  if (InstructionSetSetting() != InstructionSet::unknown) {
+    *LoadInternals(host)->instructionSet = InstructionSetSetting();
+  } else if (PluginIsBundle()) {
     LoadBundle(host, PluginPath());
   } else {
     host.LoadPlugin(PluginPath());

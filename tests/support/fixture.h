@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "host/host.h"
+#include "tests/support/internals.h"
 #include "tests/support/macho_loader.h"
 #include "tests/support/pictures.h"
 #include "tests/support/random.h"
@@ -20,6 +21,10 @@ namespace support {
 std::filesystem::path PluginPath();
 void SetPluginPath(std::filesystem::path path);
 
+// Has the plug-in's loops run with one instruction set (--instruction-set=NAME). What is loaded
+// then is PictureInternals, made of the same objects, because the plug-in itself always chooses.
+void SetInstructionSet(InstructionSet set);
+
 // Whether that is a macOS bundle, whose platform functions are linked and so can't be missing, and
 // where it is to be loaded (--load-address=ADDRESS).
 bool PluginIsBundle();
@@ -28,6 +33,9 @@ void SetLoadAddress(uintptr_t address);
 // Loads a macOS bundle into a host. It stays where it is until the next takes its place, so that it
 // is as fresh for each host as a library is that the host unloads.
 MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path);
+
+// Loads PictureInternals into a host.
+const Internals* LoadInternals(host::Host& host);
 
 // Loads the plug-in under test into a host.
 void LoadPluginUnderTest(host::Host& host);

@@ -46,6 +46,34 @@ void* LoadFramework(const char* name) {
 void* LoadFramework(const char* name) { return LoadFrameworkBundle(name); }
 #endif
 
+#ifdef PICTURE_CHOOSES_INSTRUCTION_SET
+// A loop that finds out where its own instructions are.
+struct Whereabouts {
+  uintptr_t* instruction;
+  void operator()() const { __asm__ volatile("lea (%%rip), %0" : "=r"(*instruction)); }
+};
+
+InstructionSet RunningInstructionSet() {
+  uintptr_t instruction = 0;
+  RunWidest(Whereabouts{&instruction});
+  // The function that begins last before it.
+  InstructionSet found = InstructionSet::unknown;
+  uintptr_t nearest = UINTPTR_MAX;
+  const auto look = [&](InstructionSet set, void (*function)(const Whereabouts&)) {
+    const uintptr_t distance = instruction - reinterpret_cast<uintptr_t>(function);
+    if (distance >= nearest) return;
+    nearest = distance;
+    found = set;
+  };
+  look(InstructionSet::baseline, RunBaseline<Whereabouts>);
+  look(InstructionSet::avx2, RunAvx2<Whereabouts>);
+  look(InstructionSet::avx512, RunAvx512<Whereabouts>);
+  return found;
+}
+#else
+InstructionSet RunningInstructionSet() { return InstructionSet::unknown; }
+#endif
+
 const support::Internals kInternals = {
     &gResolver,
     &rbversion,
@@ -54,6 +82,7 @@ const support::Internals kInternals = {
     &IsConsole,
     &gInstructionSet,
     FindInstructionSet,
+    RunningInstructionSet,
     FlagsForHost,
     FixConsoleFlags,
     FixClass,

@@ -19,6 +19,8 @@ struct Internals {
   bool* isConsole;
   InstructionSet* instructionSet;
   InstructionSet (*findInstructionSet)();
+  // The set whose code a loop given to RunWidest really is; unknown where nothing is chosen.
+  InstructionSet (*runningInstructionSet)();
 
   uint32_t (*flagsForHost)(uint32_t flags);
   void (*fixConsoleFlags)(REALclassDefinition*);

@@ -1,12 +1,9 @@
 // A host with PictureInternals loaded in place of the plug-in.
 #pragma once
 
-#include <dlfcn.h>
-
 #include <memory>
 
 #include "tests/support/fixture.h"
-#include "tests/support/internals.h"
 
 namespace support {
 
@@ -25,7 +22,7 @@ class InternalsTest : public PluginTest {
                              const std::vector<std::string>& hidden = {}) {
     host::Host& host = StartWithoutPlugin(settings);
     for (const std::string& entry : hidden) host.faults.Hide(entry);
-    internals = LoadInternals(host)();
+    internals = LoadInternals(host);
     return host;
   }
 
@@ -37,20 +34,6 @@ class InternalsTest : public PluginTest {
   }
 
   const Internals* internals = nullptr;
-
- private:
-  using Table = const Internals* (*)();
-  static Table LoadInternals(host::Host& host) {
-    if (PluginIsBundle()) {
-      const std::filesystem::path path = PluginPath().replace_filename("PictureInternals.bundle");
-      return reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"));
-    }
-    host.LoadPlugin(PICTURE_INTERNALS);
-    void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);
-    auto table = reinterpret_cast<Table>(dlsym(library, "PictureInternals"));
-    dlclose(library);
-    return table;
-  }
 };
 
 }  // namespace support

@@ -1,4 +1,5 @@
-// The tests' own options: --plugin=PATH, --load-address=ADDRESS and --seed=N.
+// The tests' own options: --plugin=PATH, --load-address=ADDRESS, --seed=N and
+// --instruction-set=baseline|avx2|avx512.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -23,6 +24,19 @@ class PrintSeed : public ::testing::EmptyTestEventListener {
   }
   static unsigned long long seedOf() { return Seed(); }
 };
+// False for a name that isn't one.
+bool UseInstructionSet(std::string_view name) {
+  constexpr std::pair<std::string_view, InstructionSet> kNames[] = {
+      {"baseline", InstructionSet::baseline},
+      {"avx2", InstructionSet::avx2},
+      {"avx512", InstructionSet::avx512}};
+  for (const auto& [known, set] : kNames) {
+    if (name != known) continue;
+    SetInstructionSet(set);
+    return true;
+  }
+  return false;
+}
 }  // namespace
 
 uint64_t Seed() { return SeedSetting(); }
@@ -46,6 +60,8 @@ int main(int argc, char** argv) {
       support::SetLoadAddress(std::strtoul(argv[i] + 15, nullptr, 0));
     } else if (argument.starts_with("--seed=")) {
       support::SetSeed(std::strtoull(argv[i] + 7, nullptr, 10));
+    } else if (argument.starts_with("--instruction-set=") &&
+               support::UseInstructionSet(argument.substr(18))) {
     } else {
       std::fprintf(stderr, "unknown option %s\n", argv[i]);
       return 2;
