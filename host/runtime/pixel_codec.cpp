@@ -174,7 +174,9 @@ void EncodeRun(uint8_t* pixels, const PictureLayout& layout, int64_t count, Rgba
   uint8_t one[4] = {};
   Encode(one, layout, value);
   if (layout.bitsPerPixel == 32) {
-    for (int64_t i = 0; i < count; ++i) std::memcpy(pixels + i * 4, one, 4);
+    uint32_t word = 0;
+    std::memcpy(&word, one, 4);
+    for (int64_t i = 0; i < count; ++i) std::memcpy(pixels + i * 4, &word, 4);
   } else {
     const size_t step = BytesPerPixel(layout);
     for (int64_t i = 0; i < count; ++i) {
