@@ -1,0 +1,38 @@
+"""Runs the examples of the reference, and says how a person would type them."""
+
+import pathlib
+import shlex
+import subprocess
+
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+ANY_PICTURE = "photos/coffee.png"  # for a picture of a result that the example has no need of
+
+
+class Failed(Exception):
+    """An example that didn't run."""
+
+
+def command(example, output=None):
+    """The words after `picturehost`, for the folder examples/."""
+    words = ["run", example["photo"]] if example["photo"] else ["run", "--no-picture"]
+    words += example["run"]
+    return words + ["--output", str(output)] if output else words
+
+
+def typed(example):
+    """The same as text for a shell, with one expression a line where there are several."""
+    words = command(example, None if example["only_values"] else "result.png")
+    lines = ["picturehost " + " ".join(shlex.quote(word) for word in words[: 2]), *map(shlex.quote, example["run"])]
+    if not example["only_values"]:
+        lines.append("-o result.png")
+    text = " ".join(lines)
+    return text if len(text) <= 76 else " \\\n    ".join(lines)
+
+
+def run(picturehost, example, output=None):
+    """Runs an example; returns the lines that it prints. Its picture goes into the file `output`."""
+    words = [str(pathlib.Path(picturehost).resolve()), *command(example, output)]
+    done = subprocess.run(words, cwd=EXAMPLES, text=True, capture_output=True)
+    if done.returncode != 0:
+        raise Failed(f"{shlex.join(words)}\n{done.stderr}")
+    return [line for line in done.stdout.splitlines() if line]

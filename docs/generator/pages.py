@@ -1,0 +1,127 @@
+#!/usr/bin/python3
+"""Writes what MkDocs builds the site from.
+
+    docs/generator/pages.py PICTUREHOST OUTPUT_DIR
+
+The pages of docs/, a page for each family of the reference, and its pictures, which PICTUREHOST
+makes from the examples now. Ends with an error where the reference and what the plug-in registers
+differ, and where an example fails.
+"""
+
+import concurrent.futures
+import pathlib
+import re
+import shutil
+import sys
+
+import jinja2
+import PIL.Image
+import yaml
+
+import examples
+import reference
+
+DOCS = pathlib.Path(__file__).resolve().parent.parent
+WRITTEN_FOR_USERS = ["index.md", "conventions.md", "other-tools.md"]
+
+
+def run_example(picturehost, pictures, entry):
+    """Runs the example of an entry and notes what it printed and which pictures show it."""
+    example = entry["example"]
+    stem = entry["anchor"]
+    result = None if example["only_values"] else pictures / f"{stem}.png"
+    entry["printed"] = examples.run(picturehost, example, result)
+    entry["typed"] = examples.typed(example)
+    entry["figures"] = []
+    for file, caption in ((example["photo"], "before"), (example.get("other"), "second picture")):
+        if file:
+            entry["figures"].append(figure(pictures / pathlib.Path(file).name, caption))
+    if result:
+        entry["figures"].append(figure(result, "after" if example["photo"] else "result"))
+
+
+def figure(file, caption):
+    """A picture with its size, so that pages don't move while pictures load."""
+    with PIL.Image.open(file) as picture:
+        return {"file": file.name, "caption": caption, "width": picture.width, "height": picture.height}
+
+
+def title_of(page):
+    """The first heading of a Markdown file."""
+    return re.search(r"^# (.+)$", page.read_text(), re.MULTILINE).group(1)
+
+
+def copy_page(source, target):
+    """Copies a page of docs/. What it links to outside docs/ isn't on the site and becomes a name."""
+    text = source.read_text()
+    text = re.sub(r"\[([^\]]+)\]\(\.\./([^)]+)\)", r"\1 (`\2`)", text)
+    target.write_text(text)
+
+
+def navigation(families):
+    about = [page for page in sorted(DOCS.glob("*.md")) if page.name not in WRITTEN_FOR_USERS]
+    return [
+        {"Start": "index.md"},
+        {"Reference": [
+            {"All methods": "reference/index.md"},
+            {"What holds for every method": "conventions.md"},
+            *({family["title"]: f"reference/{family['file']}.md"} for family in families),
+        ]},
+        {"Coming from other tools": "other-tools.md"},
+        {"How it is made": [{title_of(page): page.name} for page in about]},
+    ]
+
+
+def main():
+    picturehost, target = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
+    shutil.rmtree(target, ignore_errors=True)
+    pages = target / "pages"
+    pictures = pages / "reference" / "pictures"
+    pictures.mkdir(parents=True)
+
+    try:
+        families = reference.load(picturehost)
+        entries = [entry for family in families for entry in family["entries"]]
+        for entry in entries:
+            for file in {entry["example"]["photo"], entry["example"].get("other")} - {None}:
+                shutil.copy(examples.EXAMPLES / file, pictures)
+        with concurrent.futures.ThreadPoolExecutor() as crew:
+            list(crew.map(lambda entry: run_example(picturehost, pictures, entry), entries))
+    except (reference.Mistake, examples.Failed) as problem:
+        sys.exit(str(problem))
+
+    for page in DOCS.glob("*.md"):
+        copy_page(page, pages / page.name)
+    for folder in ("pictures", "style"):
+        shutil.copytree(DOCS / folder, pages / folder)
+
+    environment = jinja2.Environment(
+        loader=jinja2.FileSystemLoader(DOCS / "generator"),
+        undefined=jinja2.StrictUndefined,
+        trim_blocks=True,
+        lstrip_blocks=True,
+        keep_trailing_newline=True,
+    )
+    by_key = {entry["key"]: entry for entry in entries}
+    for family in families:
+        family["shown"] = by_key[family["picture"]]["figures"][-1]
+        text = environment.get_template("family.md.j2").render(family=family)
+        (pages / "reference" / f"{family['file']}.md").write_text(text)
+    for name, place in (("all.md.j2", "reference/index.md"), ("families.md.j2", "families.md")):
+        (pages / place).write_text(environment.get_template(name).render(families=families, count=len(entries)))
+    # The start page shows the families where it says so.
+    start = pages / "index.md"
+    cards = pages / "families.md"
+    start.write_text(start.read_text().replace("<!-- families -->", cards.read_text()))
+    cards.unlink()
+
+    settings = {
+        "INHERIT": str(DOCS / "mkdocs.yml"),
+        "docs_dir": str(pages),
+        "site_dir": str(target / "site"),
+        "nav": navigation(families),
+    }
+    (target / "mkdocs.yml").write_text(yaml.safe_dump(settings, sort_keys=False, allow_unicode=True))
+
+
+main()
