@@ -78,8 +78,8 @@ struct Tetrahedra {
   int32_t fraction3[kStripLength];
 };
 
-template <Layout kFrom>
-void FindTetrahedra(int32_t count, const Word* colours, Tetrahedra& found) {
+template <Layout kFrom, class Count>
+void FindTetrahedra(Count count, const Word* colours, Tetrahedra& found) {
   for (int32_t i = 0; i < count; ++i) {
     const Tetrahedron t = TetrahedronOf(Unpack<kFrom>(colours[i]));
     const int32_t corner1 = t.lowest + StrideOf(t.first);
@@ -137,8 +137,8 @@ inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, int32_t 
 struct TableLookup {
   const double* table;
 
-  template <Layout kTo, Layout kFrom>
-  void operator()(int32_t count, Word* target, const Word* source) const {
+  template <Layout kTo, Layout kFrom, class Count>
+  void operator()(Count count, Word* target, const Word* source) const {
     Tetrahedra tetrahedra;
     int32_t channels[kStripLength][4];
     FindTetrahedra<kFrom>(count, source, tetrahedra);

@@ -7,8 +7,14 @@
 // keeps of them to stay in the nearest cache.
 inline constexpr int32_t kStripLength = 64;
 
-// Calls `rule.operator()<kTo, kFrom>(count, target, source)` for strips of 1 to kStripLength pixels
-// that make up `rectangle`, which lies inside the source. What a target doesn't have is left out.
+// The length of a whole strip, as a type: loops over it are compiled for that length.
+struct WholeStrip {
+  constexpr operator int32_t() const { return kStripLength; }
+};
+
+// Calls `rule.operator()<kTo, kFrom>(count, target, source)` for strips of pixels that make up
+// `rectangle`, which lies inside the source. `count` is a WholeStrip or, at the end of a row, an
+// int32_t from 1 to kStripLength - 1. What a target doesn't have is left out.
 template <class Rule>
 void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
                const PictureEditor& source) {
@@ -17,11 +23,14 @@ void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const Ru
       [&]<Layout kTo, Layout kFrom>() {
         RunWidest([&] {
           for (int32_t y = area.top; y < area.bottom; ++y) {
-            for (int32_t x = area.left, count = 0; x < area.right; x += count) {
-              count = area.right - x < kStripLength ? area.right - x : kStripLength;
-              rule.template operator()<kTo, kFrom>(count, target.PixelAt(x, y),
+            int32_t x = area.left;
+            for (; x <= area.right - kStripLength; x += kStripLength) {
+              rule.template operator()<kTo, kFrom>(WholeStrip(), target.PixelAt(x, y),
                                                    source.PixelAt(x, y));
             }
+            if (x >= area.right) continue;
+            rule.template operator()<kTo, kFrom>(area.right - x, target.PixelAt(x, y),
+                                                 source.PixelAt(x, y));
           }
         });
       },

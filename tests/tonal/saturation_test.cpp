@@ -110,6 +110,20 @@ TEST_F(Saturation, FollowsTheRuleForAnyAmount) {
   for (int i = 0; i < 150; ++i) ExpectRule(AnyAmount(random), picture);
 }
 
+// Factors up to 127 * 255 + 254 in size take a way of their own.
+TEST_F(Saturation, FollowsTheRuleForEveryRestOfADivisionBy255) {
+  Start();
+  const PictureRef picture = EveryDistance();
+  for (int32_t rest = 0; rest < 255; ++rest) {
+    const int32_t whole = rest % 5 * 255;
+    ExpectRule(whole + rest - 255, picture);
+    ExpectRule(-whole - rest - 255, picture);
+  }
+  for (const int32_t factor : {32638, 32639, 32640, 32641, -32638, -32639, -32640, -32641}) {
+    ExpectRule(factor - 255, picture);
+  }
+}
+
 TEST_F(Saturation, ZeroCopiesTheColoursOpaque) {
   for (const LayoutPair& pair : AllSourceLayouts()) {
     SCOPED_TRACE(pair.name);
