@@ -151,6 +151,8 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   raw.options.jobs = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
   CLI::App app("Calls the picture plug-in as its host would.", "picturehost");
   app.require_subcommand(1);
+  app.set_version_flag("--version", "picturehost " PICTURE_VERSION,
+                       "Print the program's version and exit");
   app.footer(kHelp);
   app.get_formatter()->column_width(34);
   AddList(&app, &raw);
