@@ -2,7 +2,7 @@
 #pragma once
 
 #include "classes/lut3d.h"
-#include "pixels/strips.h"
+#include "pixels/rows.h"
 
 // From a grid point to the next one on each axis, in doubles.
 inline constexpr int32_t kStrideB = 3;

@@ -65,6 +65,26 @@ Range Inside(int32_t start, int32_t length, int32_t size) {
   return {begin, end};
 }
 
+// Paints what the lines before left out.
+void DrawSpan(PictureState& to, int32_t y, runtime::PenSpan span, Rgba colour) {
+  const auto paint = [&](int64_t left, int64_t right) {
+    if (left >= right) return;
+    runtime::EncodeRun(to.Row(y) + static_cast<size_t>(left) * runtime::BytesPerPixel(to.layout),
+                       to.layout, right - left, colour);
+  };
+  span = {std::max<int64_t>(span.left, 0), std::min<int64_t>(span.right, to.width)};
+  if (span.left >= span.right) return;
+  runtime::PenSpan& covered = to.coveredByLines.rows[static_cast<size_t>(y)];
+  if (span.right < covered.left || span.left > covered.right) {
+    paint(span.left, span.right);
+    covered = span;
+    return;
+  }
+  paint(span.left, covered.left);
+  paint(covered.right, span.right);
+  covered = {std::min(covered.left, span.left), std::max(covered.right, span.right)};
+}
+
 bool CanBeDrawn(const Picture& picture) {
   const PictureLayout& layout = picture.Layout();
   if (layout.storage == Storage::kVector) return true;
@@ -81,17 +101,21 @@ std::string Graphics::Describe() const {
 void Graphics::DrawLine(int32_t x1, int32_t y1, int32_t x2, int32_t y2) {
   PictureState& to = target->State();
   if (!to.HasMemory() || !runtime::HasPixels(to.layout)) return;
+  runtime::CoveredByLines& covered = to.coveredByLines;
+  // Whoever holds a lock may write at any time.
+  if (covered.version != to.version || covered.colour != foreColour || to.descriptionLocks > 0) {
+    covered.rows.assign(static_cast<size_t>(to.height), {});
+  }
   const runtime::PenLine line(x1, y1, x2, y2, penWidth, penHeight);
-  const Rgba colour = runtime::FromRgb(foreColour);
-  for (int32_t y = 0; y < to.height; ++y) {
-    const runtime::PenSpan span = line.At(y);
-    const int64_t left = std::max<int64_t>(span.left, 0);
-    const int64_t right = std::min<int64_t>(span.right, to.width);
-    if (left >= right) continue;
-    runtime::EncodeRun(to.Row(y) + static_cast<size_t>(left) * runtime::BytesPerPixel(to.layout),
-                       to.layout, right - left, colour);
+  const int64_t top = std::max<int64_t>(std::min(y1, y2), 0);
+  const int64_t bottom = std::min<int64_t>(int64_t{std::max(y1, y2)} + penHeight, to.height);
+  for (int64_t row = top; row < bottom; ++row) {
+    const auto y = static_cast<int32_t>(row);
+    DrawSpan(to, y, line.At(y), runtime::FromRgb(foreColour));
   }
   to.DiscardRendering();
+  covered.version = to.version;
+  covered.colour = foreColour;
 }
 
 void Graphics::DrawPicture(const Picture& image, Area to, Area from) {

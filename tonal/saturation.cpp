@@ -5,7 +5,7 @@
 // below that turns the colour about grey. Any Amount is taken. Nil when the picture can't be opened
 // or the copy can't be made.
 
-#include "pixels/strips.h"
+#include "pixels/rows.h"
 
 namespace {
 

@@ -54,6 +54,7 @@ bool Lock(HostState& state, Picture* picture, REALpictureDescription* out, uint3
     return false;
   }
   ++inside.descriptionLocks;
+  ++inside.version;
   *out = {*type,         DataOf(inside, *type),      inside.width,
           inside.height, inside.layout.bitsPerPixel, inside.layout.hasAlphaChannel.value_or(false)};
   if (inside.descriptionHook) inside.descriptionHook(*out);

@@ -9,12 +9,21 @@
 #include "host/picture.h"
 #include "host/runtime/guarded_memory.h"
 #include "host/runtime/host_state.h"
+#include "host/runtime/pen.h"
 
 namespace host::runtime {
 
 // What a description's pictureData points at for a bitmap context.
 struct BitmapContext {
   Picture* picture = nullptr;
+};
+
+// Of each row what lines in one colour covered since anything else could have changed the pixels: a
+// curve drawn with a pen as large as the picture costs a picture, not one for each of its lines.
+struct CoveredByLines {
+  std::vector<PenSpan> rows;
+  uint32_t colour = 0;
+  uint64_t version = 0;
 };
 
 enum class CachedRendering { kNone, kFresh, kKept };
@@ -44,9 +53,13 @@ struct PictureState {
   int64_t pixelLocks = 0;
   std::function<void(REALpictureDescription&)> descriptionHook;
 
+  uint64_t version = 1;  // another one after anything that could change the pixels
+  CoveredByLines coveredByLines;
+
   bool HasMemory() const { return memory != nullptr; }
   uint8_t* Row(int32_t y) const { return firstRow + y * stride; }
   void DiscardRendering() {
+    ++version;
     cached = CachedRendering::kNone;
     rendering = {};
   }

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cstdlib>
 #include <random>
+#include <utility>
 
 #include "tests/host/host_test.h"
 
@@ -114,6 +116,55 @@ TEST_F(LineTest, EqualsTheLineWalkedPointByPoint) {
     const int32_t width = pen(random), height = pen(random);
     ASSERT_EQ(Line(x1, y1, x2, y2, width, height), PlainLine(9, 7, x1, y1, x2, y2, width, height))
         << x1 << ", " << y1 << " to " << x2 << ", " << y2 << ", pen " << width << " x " << height;
+  }
+}
+
+// What a line needn't paint because the one before did must be known anew after anything else.
+TEST_F(LineTest, ManyLinesAmongOtherChanges) {
+  const unsigned seed = 20132;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<int32_t> place(-5, 12);
+  std::uniform_int_distribution<int32_t> pen(1, 5);
+  std::uniform_int_distribution<int> change(0, 9);
+  const Ref<Picture> picture = host.NewPicture(9, 7);
+  const Ref<Graphics> one = host.NewGraphics(picture), other = host.NewGraphics(picture);
+  const Ref<Picture> white = host.NewPicture(9, 7);
+  std::string expected = Text(picture);
+  for (int i = 0; i < 2000; ++i) {
+    const Ref<Graphics>& graphics = i % 3 == 0 ? one : other;
+    graphics->penWidth = pen(random);
+    graphics->penHeight = pen(random);
+    const int32_t x1 = place(random), y1 = place(random), x2 = place(random), y2 = place(random);
+    graphics->DrawLine(x1, y1, x2, y2);
+    const std::string line =
+        PlainLine(9, 7, x1, y1, x2, y2, graphics->penWidth, graphics->penHeight);
+    for (size_t at = 0; at < line.size(); ++at) {
+      if (line[at] == '#') expected[at] = '#';
+    }
+    ASSERT_EQ(Text(picture), expected) << i;
+    const int what = change(random);
+    if (what > 4) continue;
+    if (what == 0) picture->SetPixel(2, 3, {255, 255, 255, 255});
+    if (what == 1) std::fill_n(picture->Row(3) + 8, 4, uint8_t{255});
+    if (what == 2) one->DrawPicture(*white, {2, 3, 1, 1}, {0, 0, 1, 1});
+    if (what == 3) {  // the plug-in's way: through a description
+      REALpictureDescription description{};
+      const auto lock = reinterpret_cast<uint8_t (*)(REALpicture, REALpictureDescription*)>(
+          host.Resolver()("lockPictureDescription"));
+      const auto unlock =
+          reinterpret_cast<void (*)(REALpicture)>(host.Resolver()("unlockPictureDescription"));
+      ASSERT_NE(lock(picture.Handle(), &description), 0);
+      std::fill_n(const_cast<uint8_t*>(std::as_const(*picture).Row(3)) + 8, 4, uint8_t{255});
+      unlock(picture.Handle());
+    }
+    if (what == 4) {
+      graphics->foreColour = 0xFFFFFF;
+      graphics->penWidth = graphics->penHeight = 1;
+      graphics->DrawLine(2, 3, 2, 3);
+      graphics->foreColour = 0;
+    }
+    expected[3 * 10 + 2] = '.';
   }
 }
 

@@ -167,6 +167,8 @@ TEST(Cube, TellsTheLineThatIsWrong) {
               start + "1: LUT_3D_SIZE is followed by one whole number from 2 to 256");
   EXPECT_EQ(ErrorOf("DOMAIN_MAX 0 1 1\n" + seven + "0 0 0\n"),
             start + "10: DOMAIN_MIN isn't below DOMAIN_MAX");
+  EXPECT_EQ(ErrorOf("DOMAIN_MIN 0 -1e308 0\nDOMAIN_MAX 1 1e308 1\n" + seven + "0 0 0\n"),
+            start + "11: DOMAIN_MIN and DOMAIN_MAX are too far apart");
 }
 
 TEST(Cube, ReadsTheShippedTable) {

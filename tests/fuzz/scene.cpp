@@ -1,0 +1,206 @@
+#include "tests/fuzz/scene.h"
+
+#include <set>
+
+#include "host/error.h"
+
+namespace fuzz {
+namespace {
+
+using host::PictureLayout;
+
+constexpr double kVersions[] = {2009.0, 2010.05, 2011.04, 2011.1, 2012.0, 2013.0, 2013.03, 2019.01};
+
+PictureLayout ReadLayout(Choices& choices) {
+  const uint32_t kind = choices.Below(16);
+  PictureLayout layout = PictureLayout::BitmapContext(choices.Below(8));
+  if (kind < 3) {
+    layout = PictureLayout::RowTable();
+    layout.contiguousRows = kind == 0;
+  } else if (kind == 3) {
+    layout = PictureLayout::GraphicsWorld();
+  } else if (kind < 6) {
+    layout.hasAlphaChannel = true;
+  } else if (kind == 6) {
+    layout.hasAlphaChannel = std::nullopt;
+  }
+  const uint32_t shape = choices.Byte();
+  layout.rowPadding = static_cast<int32_t>(shape % 4 * (shape / 64 + 1));
+  layout.startOffset = static_cast<int32_t>(shape / 4 % 16);
+  const uint32_t locking = choices.Below(32);
+  if (locking == 31) layout.locking = host::Locking::kRefused;
+  if (layout.storage != host::Storage::kBitmapContext) return layout;
+  if (locking == 30) layout.locking = host::Locking::kRowTable;
+  if (locking == 29) layout.locking = host::Locking::kBoth;
+  if (locking == 28) layout.bitsPerPixel = 8 << choices.Below(3);
+  return layout;
+}
+
+// The plug-in leaves its lock on a picture whose alpha layout it refuses.
+bool LeavesLock(const PictureLayout& layout) {
+  const uint32_t last = layout.hasAlphaChannel.value_or(false) ? 2 : 6;
+  return layout.storage == host::Storage::kBitmapContext &&
+         (layout.alphaInfo < 1 || layout.alphaInfo > last);
+}
+
+// Bytes that are the same for the same seed.
+class Noise {
+ public:
+  explicit Noise(uint32_t seed) : state(seed * 2654435761U + 1) {}
+  uint8_t Next() {
+    state = state * 1664525 + 1013904223;
+    return static_cast<uint8_t>(state >> 24);
+  }
+
+ private:
+  uint32_t state;
+};
+
+}  // namespace
+
+host::Settings ReadSettings(Choices& choices) {
+  host::Settings settings;
+  settings.application = static_cast<host::Application>(choices.Below(3));
+  settings.version = kVersions[choices.Below(8)];
+  settings.freshColour = choices.OneIn(2) ? 0xFFFFFF : 0x102030;
+  const uint32_t shape = choices.Byte();
+  const auto padding = static_cast<int32_t>(shape / 12 % 5 * 3);
+  settings.opaqueLayout = PictureLayout::BitmapContext(1 + shape % 6, padding);
+  settings.alphaLayout = PictureLayout::WithAlpha(1 + shape % 2, padding);
+  settings.consoleLayout = PictureLayout::RowTable(padding);
+  settings.consoleLayout.contiguousRows = shape % 2 == 0;
+  settings.maximumPixelBytes = 1 << 22;
+  return settings;
+}
+
+Scene::Scene(host::Host& livingHost, Choices& choices) : host(livingHost) {
+  const uint32_t count = 1 + choices.Below(4);
+  while (pictures.size() < count) pictures.push_back(ReadPicture(choices));
+}
+
+PictureRef Scene::ReadPicture(Choices& choices) {
+  const uint32_t shape = choices.Below(16);
+  int32_t width = 1 + static_cast<int32_t>(choices.Below(48));
+  int32_t height = 1 + static_cast<int32_t>(choices.Below(24));
+  if (shape == 15) width *= 20;
+  if (shape == 14) height *= 20;
+  // Most operations on more than one picture want them equal in size.
+  if (shape < 8 && !pictures.empty()) {
+    width = pictures.front()->Width();
+    height = pictures.front()->Height();
+  }
+  if (shape == 13) {
+    const uint32_t colour = choices.Word() & 0xFFFFFF;
+    return host.NewVectorPicture(width, height, [colour](int32_t x, int32_t y) {
+      return x == y ? std::nullopt : std::optional(colour ^ static_cast<uint32_t>(x));
+    });
+  }
+  PictureRef picture = host.NewPicture(width, height, ReadLayout(choices));
+  Paint(picture, choices);
+  if (choices.OneIn(4)) {
+    const PictureRef mask = host.NewPicture(width, height, ReadLayout(choices));
+    Paint(mask, choices);
+    picture->SetMask(mask);
+  }
+  return picture;
+}
+
+void Scene::Paint(const PictureRef& picture, Choices& choices) const {
+  const uint32_t kind = choices.Below(5);
+  const uint32_t seed = choices.Byte();
+  const uint8_t levels = kind == 0 ? 255 : kind == 1 ? 1 : 128;  // a mask of the noise's bits
+  const size_t pixelBytes = static_cast<size_t>(picture->Layout().bitsPerPixel) / 8;
+  const size_t rowBytes = static_cast<size_t>(picture->Width()) * pixelBytes;
+  Noise noise(seed);
+  for (int32_t y = 0; y < picture->Height(); ++y) {
+    if (kind == 4) noise = Noise(seed);  // every row the same
+    uint8_t* row = picture->Row(y);
+    for (size_t i = 0; i < rowBytes; ++i) {
+      row[i] = kind == 3 ? static_cast<uint8_t>(seed) : noise.Next() & levels;
+    }
+  }
+}
+
+PictureRef Scene::AnyPicture(Choices& choices) const {
+  const uint32_t index = choices.Below(static_cast<uint32_t>(pictures.size()) * 8 + 1);
+  return index == pictures.size() * 8 ? nullptr : pictures[index % pictures.size()];
+}
+
+BlockRef Scene::ReadBlock(Choices& choices) const {
+  constexpr size_t kSizes[] = {256, 1024, 0, 1, 255, 257, 1023, 1025, 4096, 100};
+  const uint8_t kind = choices.Byte();
+  if (kind >= 250) return nullptr;
+  const size_t size = kind < 128 ? kSizes[kind % std::size(kSizes)] : size_t{kind} * 7;
+  BlockRef block = host.NewMemoryBlock(size);
+  Noise noise(choices.Byte());
+  for (uint8_t& byte : block->Bytes()) byte = noise.Next();
+  if (choices.OneIn(16)) block->HidePointer();
+  return block;
+}
+
+host::Value Scene::ArgumentFor(const host::Parameter& parameter, Choices& choices) const {
+  switch (parameter.type) {
+    case host::Type::kInteger:
+      return choices.Integer();
+    case host::Type::kUInt32:
+      return static_cast<uint32_t>(choices.Integer());
+    case host::Type::kDouble:
+      return choices.Real();
+    case host::Type::kBoolean:
+      return choices.OneIn(2);
+    case host::Type::kColour: {
+      constexpr uint32_t kColours[] = {0, 0xFFFFFF, 0xFF000000, 0x808080};
+      const uint8_t kind = choices.Byte();
+      return host::Colour{kind < 128 ? kColours[kind % 4] : choices.Word()};
+    }
+    case host::Type::kString:
+      if (choices.OneIn(16)) return host::Nil{};
+      return host.NewString("PPIC" + std::string(choices.Below(64), '\1'), 0xFFFF);
+    case host::Type::kPicture:
+      if (PictureRef picture = AnyPicture(choices)) return picture;
+      return host::Nil{};
+    case host::Type::kMemoryBlock:
+      if (BlockRef block = ReadBlock(choices)) return block;
+      return host::Nil{};
+    default:
+      return host::Nil{};
+  }
+}
+
+std::vector<std::vector<uint8_t>> Scene::Contents(const host::Picture* changing) const {
+  std::vector<std::vector<uint8_t>> contents;
+  const auto add = [&](const PictureRef& picture) {
+    std::vector<uint8_t>& bytes = contents.emplace_back();
+    if (!picture || picture.Get() == changing ||
+        picture->Layout().storage == host::Storage::kVector)
+      return;
+    for (int32_t y = 0; y < picture->Height(); ++y) {
+      const std::span<uint8_t> padding = picture->Padding(y);
+      bytes.insert(bytes.end(), picture->Row(y), padding.data() + padding.size());
+    }
+  };
+  for (const PictureRef& picture : pictures) {
+    add(picture);
+    // A mask belongs to its picture.
+    add(picture.Get() == changing ? nullptr : picture->Mask());
+  }
+  return contents;
+}
+
+std::string Scene::Holdings() const {
+  std::set<uint64_t> lockLeft;
+  for (const PictureRef& picture : pictures) {
+    for (const PictureRef& each : {picture, picture->Mask()}) {
+      if (each && LeavesLock(each->Layout())) lockLeft.insert(each->Serial());
+    }
+  }
+  std::string text;
+  for (const auto& [serial, holding] : host.census.Take().holdings) {
+    const int64_t locks = lockLeft.contains(serial) ? 0 : holding.descriptionLocks;
+    text += holding.what + ": " + std::to_string(holding.references) + " references, " +
+            std::to_string(locks) + " and " + std::to_string(holding.pixelLocks) + " locks\n";
+  }
+  return text;
+}
+
+}  // namespace fuzz
