@@ -40,6 +40,9 @@ struct Case {
   Layout target = Layout::rgba;
   Output timed = Output::prepared;  // what the goal is for
   const char* per = "pixel";
+  // The call takes much memory of its own for what it hands over; timed into prepared memory, it
+  // gets what an earlier call has freed.
+  bool ownMemory = false;
 };
 
 // Every case, in the order of the report.

@@ -18,7 +18,8 @@ struct Area {
   uint8_t* target = nullptr;
   size_t rowSize = 0;
   size_t rows = 0;
-  size_t stride = 0;  // from row to row, in sources and target alike
+  size_t stride = 0;         // from row to row, in sources and target alike
+  double* number = nullptr;  // where libraries put a result that isn't a picture
 };
 
 // One pass over the area; empty for Limit::none and for what the area lacks.

@@ -35,15 +35,19 @@ std::vector<Rounds> Measure(const std::vector<Contender>& contenders, const Effo
   // Two rounds warm up and tell how many runs make a turn.
   Collector collector;
   std::vector<Rounds> rounds(contenders.size());
-  for (int round = -2; round < effort.rounds; ++round) {
+  double turns = 0;
+  int last = effort.rounds;
+  for (int round = -2; round < last; ++round) {
     benchmark::RunSpecifiedBenchmarks(&collector, nullptr, "all");
     for (size_t i = 0; i < contenders.size(); ++i) {
       const double time = collector.times[contenders[i].name];
       if (round >= 0) rounds[i].push_back(time);
       if (round != -1) continue;
+      turns += std::max(time * 1e-9, effort.secondsPerTurn);
       const double runs = effort.secondsPerTurn * 1e9 / std::max(time, 1.0);
       registered[i]->Iterations(std::clamp<int64_t>(static_cast<int64_t>(runs), 1, 1'000'000));
     }
+    if (round == -1) last = std::clamp(static_cast<int>(effort.secondsAtMost / turns), 1, last);
   }
   benchmark::ClearRegisteredBenchmarks();
   return rounds;

@@ -16,6 +16,7 @@ struct Contender {
 struct Effort {
   int rounds = 15;
   double secondsPerTurn = 0.01;
+  double secondsAtMost = 12;  // fewer rounds where contenders are slow
 };
 
 // Nanoseconds of processor time per run of one contender in each round. Contenders take turns

@@ -1,10 +1,12 @@
 #include "bench/report.h"
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "bench/host_calls.h"
-#include "bench/peers.h"
+#include "bench/peers/peers.h"
 
 namespace bench {
 
@@ -28,6 +30,13 @@ void RequireRight(const Case& what, const Work& work, Stage& stage) {
     const std::string wrong = work.check();
     if (!wrong.empty()) throw host::Error(what.name + " is wrong: " + wrong);
   }
+}
+
+// The C library gives large blocks back to the system at once, from some size on that it adapts;
+// the largest that it comes to by itself is 32 MB.
+void KeepFreedMemory(bool keepAll) {
+  mallopt(M_MMAP_THRESHOLD, keepAll ? 1 << 30 : 32 << 20);
+  mallopt(M_TRIM_THRESHOLD, keepAll ? 1 << 30 : 64 << 20);
 }
 
 // A peer's figure is told apart by whether its result is the plug-in's.
@@ -57,6 +66,7 @@ std::optional<bool> Figures::GoalMet() const {
 }
 
 Figures Run(const Case& what, Stage& stage, Size size, const Plan& plan) {
+  KeepFreedMemory(what.ownMemory);
   const Work work = what.prepare(stage, size);
   RequireRight(what, work, stage);
 

@@ -143,7 +143,7 @@ void Stage::PutSource(uint8_t* row, int32_t x, Rgb colour) const {
 Rgb ReadPixel(const PictureLayout& layout, const uint8_t* row, int32_t x) {
   const ByteOrder order = OrderOf(layout);
   const uint8_t* pixel = row + static_cast<ptrdiff_t>(x) * 4;
-  return {pixel[order.red], pixel[order.green], pixel[order.blue]};
+  return {pixel[order.red], pixel[order.green], pixel[order.blue], pixel[order.fourth]};
 }
 
 bool IsOpaquePixel(const PictureLayout& layout, const uint8_t* row, int32_t x, Rgb colour) {

@@ -20,8 +20,9 @@ struct Size {
   int64_t Pixels() const { return int64_t{width} * height; }
 };
 
+// The channels of a pixel, and the fourth byte as it stands in memory.
 struct Rgb {
-  int red = 0, green = 0, blue = 0;
+  int red = 0, green = 0, blue = 0, fourth = 0;
 };
 
 // Where a call's result lies: in memory that is there already, as benchmarks of libraries have it,
@@ -68,17 +69,28 @@ class Stage {
   // A call of a registered function with its arguments in place. Throws host::Error where they
   // don't fit its declaration.
   template <class R, class... A>
-  std::function<R()> Bind(std::string_view className, std::string_view declaration,
+  std::function<R()> Bind(std::string_view className, std::string_view name,
                           const A&... arguments) {
-    const bool byDeclaration = declaration.find_first_of("( ") != std::string_view::npos;
     const size_t count = sizeof...(A) - (className.empty() ? 0 : 1);
-    const host::Callable& method = byDeclaration
-                                       ? host_->registry.Find(className, declaration)
-                                       : host_->registry.Find(className, declaration, count);
+    const host::Callable& method = host_->registry.Find(className, name, count);
     host::native::Check(method, false, host::native::kResultOf<R>, {host::native::kArgument<A>...});
     void* const function = method.function;
     return [function, arguments...]() -> R {
       return host::native::Invoke<R>(function, host::native::Pass(arguments)...);
+    };
+  }
+
+  // The same for an assignment to a get/set pair, with the value as the last argument.
+  template <class... A>
+  std::function<void()> BindSetter(std::string_view className, std::string_view name,
+                                   const A&... arguments) {
+    const size_t count = sizeof...(A) - 2;
+    const host::Callable& method = host_->registry.Find(className, name, count);
+    host::native::Check(method, true, host::native::kResultOf<void>,
+                        {host::native::kArgument<A>...});
+    void* const setter = method.setter;
+    return [setter, arguments...] {
+      host::native::Invoke<void>(setter, host::native::Pass(arguments)...);
     };
   }
 

@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "bench/contents.h"
-#include "bench/map_case.h"
 #include "bench/parameters.h"
+#include "bench/value_case.h"
 
 namespace bench {
 
@@ -146,28 +146,15 @@ Case Colorness() {
     const Picture picture = stage.Paint(size, Photo);
     const auto call =
         stage.Bind<double>("Picture", "ColornessKRT", picture, int32_t{kColornessThreshold});
-    Work work;
-    work.sources = {picture};
-    work.area = AreaOf(work.sources, nullptr, WholeOf(size));
-    work.pixels = size.Pixels();
-    work.call = [call] { call(); };
-    work.check = [=]() -> std::string {
-      int64_t coloured = 0;
-      for (int32_t y = 0; y < size.height; ++y) {
-        for (int32_t x = 0; x < size.width; ++x) {
-          const Rgb c = ReadPixel(picture->Layout(), picture->Row(y), x);
-          const bool dark = c.red < 30 && c.green < 30 && c.blue < 30;
-          const bool far = std::abs(c.green - c.red) > kColornessThreshold ||
-                           std::abs(c.green - c.blue) > kColornessThreshold;
-          coloured += !dark && far;
-        }
-      }
-      const double expected = static_cast<double>(coloured) / static_cast<double>(size.Pixels());
-      const double got = call();
-      if (got == expected) return {};
-      return std::to_string(got) + ", expected " + std::to_string(expected);
+    const auto coloured = [](Rgb c) {
+      const bool dark = c.red < 30 && c.green < 30 && c.blue < 30;
+      return !dark && (std::abs(c.green - c.red) > kColornessThreshold ||
+                       std::abs(c.green - c.blue) > kColornessThreshold);
     };
-    return work;
+    return ValueWork<double>(size, {picture}, call, [=] {
+      return static_cast<double>(CountPixels(picture, coloured)) /
+             static_cast<double>(size.Pixels());
+    });
   };
   return made;
 }

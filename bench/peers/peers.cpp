@@ -1,4 +1,4 @@
-#include "bench/peers.h"
+#include "bench/peers/peers.h"
 
 namespace bench {
 
@@ -10,7 +10,7 @@ struct Library {
   std::vector<Peer> (*peers)();
 };
 
-std::vector<Peer> None() { return {}; }
+[[maybe_unused]] std::vector<Peer> None() { return {}; }
 
 constexpr Library kLibraries[] = {
 #ifdef BENCH_OPENCV

@@ -1,81 +1,56 @@
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
-
+// Inversion, brightness and contrast, saturation, tint, colorness by OpenCV.
 #include "bench/parameters.h"
-#include "bench/peers.h"
+#include "bench/peers/opencv.h"
 
-namespace bench {
+namespace bench::opencv {
 
 namespace {
 
-using cv::Mat;
-using cv::Scalar;
-using Run = std::function<void()>;
-
-volatile double gSink;
-
-Mat Rows(const uint8_t* first, const Area& area) {
-  return Mat(static_cast<int>(area.rows), static_cast<int>(area.rowSize / 4), CV_8UC4,
-             const_cast<uint8_t*>(first), area.stride);
-}
-
-// An operation from sources to the target; `body` keeps what it needs between calls.
-template <class Body>
-Peer Make(const char* operation, const Body& body) {
-  return {operation, "OpenCV", [body](const Area& area) -> Run {
-            cv::setNumThreads(1);
-            std::vector<Mat> sources;
-            for (const uint8_t* source : area.sources) sources.push_back(Rows(source, area));
-            Mat target = area.target != nullptr ? Rows(area.target, area) : Mat();
-            return body(sources, target);
-          }};
-}
-
-Run Inverted(const std::vector<Mat>& in, const Mat& target) {
-  return [=, to = target]() mutable { cv::bitwise_xor(in[0], Scalar(255, 255, 255, 0), to); };
+Run Inverted(Job job) {
+  return [=]() mutable { cv::bitwise_xor(job.in[0], Scalar(255, 255, 255, 0), job.to); };
 }
 
 // Grey where red equals green and green blue.
-Run GreyInverted(const std::vector<Mat>& in, const Mat& target) {
+Run GreyInverted(Job job) {
   std::vector<Mat> planes;
   Mat redGreen, greenBlue, inverse;
-  return [=, to = target]() mutable {
-    cv::split(in[0], planes);
+  return [=]() mutable {
+    cv::split(job.in[0], planes);
     cv::compare(planes[0], planes[1], redGreen, cv::CMP_EQ);
     cv::compare(planes[1], planes[2], greenBlue, cv::CMP_EQ);
     cv::bitwise_and(redGreen, greenBlue, redGreen);
-    in[0].copyTo(to);
-    cv::bitwise_xor(in[0], Scalar(255, 255, 255, 0), to, Mat());
+    job.in[0].copyTo(job.to);
+    cv::bitwise_xor(job.in[0], Scalar(255, 255, 255, 0), job.to, Mat());
     cv::bitwise_not(redGreen, redGreen);
-    in[0].copyTo(to, redGreen);
+    job.in[0].copyTo(job.to, redGreen);
   };
 }
 
 // The same factor and offset for every channel, alpha included.
 auto Linear(double factor, double offset) {
-  return [=](const std::vector<Mat>& in, const Mat& target) -> Run {
-    return [=, to = target]() mutable { in[0].convertTo(to, CV_8U, factor, offset); };
+  return [=](Job job) -> Run {
+    return [=]() mutable { job.in[0].convertTo(job.to, CV_8U, factor, offset); };
   };
 }
 
-Run Brighter(const std::vector<Mat>& in, const Mat& target) {
-  return [=, to = target]() mutable {
-    cv::add(in[0], Scalar(kBrightness, kBrightness, kBrightness, 0), to);
+Run Brighter(Job job) {
+  return [=]() mutable {
+    cv::add(job.in[0], Scalar(kBrightness, kBrightness, kBrightness, 0), job.to);
   };
 }
 
 // Each channel with its own factor and offset.
 auto Channels(const std::array<double, 3>& factors, const std::array<double, 3>& offsets) {
-  return [=](const std::vector<Mat>& in, const Mat& target) -> Run {
+  return [=](Job job) -> Run {
     const Mat matrix = (cv::Mat_<float>(4, 5) << factors[0], 0, 0, 0, offsets[0],  //
                         0, factors[1], 0, 0, offsets[1],                           //
                         0, 0, factors[2], 0, offsets[2],                           //
                         0, 0, 0, 1, 0);
-    return [=, to = target]() mutable { cv::transform(in[0], to, matrix); };
+    return [=]() mutable { cv::transform(job.in[0], job.to, matrix); };
   };
 }
 
-Run Saturated(const std::vector<Mat>& in, const Mat& target) {
+Run Saturated(Job job) {
   const double push = 1 + kSaturation / 255.0;
   const double r = (1 - push) / 4;
   const double g = (1 - push) / 2;
@@ -83,27 +58,27 @@ Run Saturated(const std::vector<Mat>& in, const Mat& target) {
                       r, push + g, r, 0,                           //
                       r, g, push + r, 0,                           //
                       0, 0, 0, 1);
-  return [=, to = target]() mutable { cv::transform(in[0], to, matrix); };
+  return [=]() mutable { cv::transform(job.in[0], job.to, matrix); };
 }
 
-Run Tinted(const std::vector<Mat>& in, const Mat& target) {
+Run Tinted(Job job) {
   const auto part = [](uint32_t colour, int shift) { return (colour >> shift & 255) / 255.0; };
   Mat matrix = Mat::zeros(4, 5, CV_32F);
-  for (int to = 0; to < 3; ++to) {
-    for (int from = 0; from < 3; ++from) {
-      matrix.at<float>(to, from) =
-          static_cast<float>(part(kSepiaBase, 16 - 8 * to) * part(kGreyBase, 16 - 8 * from));
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      matrix.at<float>(i, j) =
+          static_cast<float>(part(kSepiaBase, 16 - 8 * i) * part(kGreyBase, 16 - 8 * j));
     }
   }
   matrix.at<float>(3, 4) = 255;
-  return [=, to = target]() mutable { cv::transform(in[0], to, matrix); };
+  return [=]() mutable { cv::transform(job.in[0], job.to, matrix); };
 }
 
-Run Colourful(const std::vector<Mat>& in, const Mat&) {
+Run Colourful(Job job) {
   std::vector<Mat> planes;
   Mat overRed, overBlue, dark;
   return [=]() mutable {
-    cv::split(in[0], planes);
+    cv::split(job.in[0], planes);
     cv::absdiff(planes[1], planes[0], overRed);
     cv::absdiff(planes[1], planes[2], overBlue);
     cv::max(overRed, overBlue, overRed);
@@ -112,7 +87,7 @@ Run Colourful(const std::vector<Mat>& in, const Mat&) {
     cv::max(planes[2], dark, dark);
     cv::compare(dark, 29, dark, cv::CMP_GT);
     cv::bitwise_and(overRed, dark, overRed);
-    gSink = cv::countNonZero(overRed);
+    *job.number = cv::countNonZero(overRed) / static_cast<double>(job.in[0].total());
   };
 }
 
@@ -121,7 +96,7 @@ constexpr double PivotOffset(double contrast) { return 127 - 127 * (contrast + 1
 
 }  // namespace
 
-std::vector<Peer> OpenCvPeers() {
+std::vector<Peer> TonalPeers() {
   const double r = kPerChannel[0];
   const double g = kPerChannel[1];
   const double b = kPerChannel[2];
@@ -143,4 +118,4 @@ std::vector<Peer> OpenCvPeers() {
   };
 }
 
-}  // namespace bench
+}  // namespace bench::opencv
