@@ -29,6 +29,20 @@ def typed(example):
     return text if len(text) <= 76 else " \\\n    ".join(lines)
 
 
+def subject(example):
+    """What programs call the picture of an example."""
+    return "page" if example["photo"] == "made/page.png" else "photo"
+
+
+def python(example):
+    """The whole program in Python, for the folder examples/."""
+    modules = [name for name in ("pathlib", "wave") if f"{name}." in example["python"]]
+    lines = [f"import {name}" for name in [*modules, "picturehost"]] + [""]
+    names = {subject(example): example["photo"], pathlib.Path(example.get("other", "")).stem: example.get("other")}
+    lines += [f'{name} = picturehost.Picture.open("{file}")' for name, file in names.items() if file]
+    return "\n".join([*lines, example["python"]])
+
+
 def run(picturehost, example, output=None):
     """Runs an example; returns the lines that it prints. Its picture goes into the file `output`."""
     words = [str(pathlib.Path(picturehost).resolve()), *command(example, output)]

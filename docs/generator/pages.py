@@ -32,6 +32,7 @@ def run_example(picturehost, pictures, entry):
     result = None if example["only_values"] else pictures / f"{stem}.png"
     entry["printed"] = examples.run(picturehost, example, result)
     entry["typed"] = examples.typed(example)
+    entry["python"] = examples.python(example)
     entry["figures"] = []
     for file, caption in ((example["photo"], "before"), (example.get("other"), "second picture")):
         if file:

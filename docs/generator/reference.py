@@ -11,7 +11,7 @@ FOLDER = pathlib.Path(__file__).resolve().parent.parent / "reference"
 METHOD_FIELDS = {"call", "purpose", "parameters", "formula", "result", "failures", "oddities", "example"}
 CLASS_FIELDS = {"class", "purpose", "properties", "methods", "formula", "result", "failures", "oddities", "example"}
 PARAMETER_FIELDS = {"unit", "range", "about"}
-EXAMPLE_FIELDS = {"photo", "program", "run"}
+EXAMPLE_FIELDS = {"photo", "program", "run", "python"}
 
 
 class Mistake(Exception):
@@ -84,7 +84,7 @@ def _require(where, data, fields, optional=frozenset()):
 def _complete(entry, key, method, family, common):
     is_class = "class" in entry
     _require(key, entry, CLASS_FIELDS if is_class else METHOD_FIELDS, {"variant"})
-    _require(f"the example of {key}", entry["example"], EXAMPLE_FIELDS, {"only_values", "note", "other", "python"})
+    _require(f"the example of {key}", entry["example"], EXAMPLE_FIELDS, {"only_values", "note", "other"})
     for field in ("purpose", "formula", "result"):
         if not entry[field] or not entry[field].strip():
             raise Mistake(f"{key} lacks its {field}")
