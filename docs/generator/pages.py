@@ -22,7 +22,9 @@ import examples
 import reference
 
 DOCS = pathlib.Path(__file__).resolve().parent.parent
-WRITTEN_FOR_USERS = ["index.md", "conventions.md", "other-tools.md"]
+PAGES_FOR_USERS = ["index.md", "conventions.md"]
+# What else people may call the plug-in from, where there is a page about it.
+ELSEWHERE = ["command-line.md", "python.md", "embedding.md"]
 
 
 def run_example(picturehost, pictures, entry):
@@ -60,7 +62,9 @@ def copy_page(source, target):
 
 
 def navigation(families):
-    about = [page for page in sorted(DOCS.glob("*.md")) if page.name not in WRITTEN_FOR_USERS]
+    pages = {page.name: title_of(page) for page in sorted(DOCS.glob("*.md"))}
+    elsewhere = [name for name in ELSEWHERE if name in pages]
+    about = [name for name in pages if name not in PAGES_FOR_USERS + ELSEWHERE]
     return [
         {"Start": "index.md"},
         {"Reference": [
@@ -69,7 +73,8 @@ def navigation(families):
             *({family["title"]: f"reference/{family['file']}.md"} for family in families),
         ]},
         {"Coming from other tools": "other-tools.md"},
-        {"How it is made": [{title_of(page): page.name} for page in about]},
+        {"Elsewhere than in the host": [{pages[name]: name} for name in elsewhere]},
+        {"How it is made": [{pages[name]: name} for name in about]},
     ]
 
 
@@ -110,6 +115,13 @@ def main():
         (pages / "reference" / f"{family['file']}.md").write_text(text)
     for name, place in (("all.md.j2", "reference/index.md"), ("families.md.j2", "families.md")):
         (pages / place).write_text(environment.get_template(name).render(families=families, count=len(entries)))
+    places = {entry["name"]: f"reference/{family['file']}.md#{entry['anchor']}"
+              for family in reversed(families) for entry in reversed(family["entries"])}
+    rows = yaml.safe_load((DOCS / "other-tools.yaml").read_text())["rows"]
+    for row in rows:
+        row["link"] = places[re.match(r"\w+", row["here"]).group()]
+    text = environment.get_template("other-tools.md.j2").render(rows=rows)
+    (pages / "other-tools.md").write_text(text)
     # The start page shows the families where it says so.
     start = pages / "index.md"
     cards = pages / "families.md"
