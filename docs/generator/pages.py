@@ -73,7 +73,7 @@ def navigation(families):
             *({family["title"]: f"reference/{family['file']}.md"} for family in families),
         ]},
         {"Coming from other tools": "other-tools.md"},
-        {"Elsewhere than in the host": [{pages[name]: name} for name in elsewhere]},
+        {"Without the host": [{pages[name]: name} for name in elsewhere]},
         {"How it is made": [{pages[name]: name} for name in about]},
     ]
 
