@@ -80,9 +80,9 @@ async function search(kind, word, page) {
   const tab = await context.newPage();
   await tab.goto(`${server.origin}/index.html`);
   if (kind.viewport.width < 960) await tab.click('label.md-header__button[for="__search"]');
-  await tab.fill('.md-search__input', word);
+  await tab.locator('.md-search__input').pressSequentially(word); // key by key, as it listens to them
   const first = tab.locator('.md-search-result__link').first();
-  await first.waitFor({ timeout: 30000 }).catch(() => faults.push(`${kind.name}: the search box finds no ${word}`));
+  await first.waitFor({ timeout: 60000 }).catch(() => faults.push(`${kind.name}: the search box finds no ${word}`));
   const found = (await first.count()) ? await first.getAttribute('href') : '';
   if (!found.includes(page)) faults.push(`${kind.name}: ${word} leads to “${found}”, not to ${page}`);
   await context.close();
