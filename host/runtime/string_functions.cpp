@@ -55,15 +55,22 @@ REALstring ConvertString(HostState& state, REALstring handle, uint32_t encoding)
 bool GetStringData(HostState& state, REALstring handle, uint32_t encoding, REALstringData* out) {
   const String* string = LookUp<String>(state, handle, "PluginGetStringData");
   if (string == nullptr || out == nullptr) return false;
-  const auto bytes = ConvertEncoding(string->Bytes(), string->Encoding(), encoding);
-  if (!bytes || bytes->size() > INT32_MAX - 4) return false;
-  void* data = std::calloc(1, bytes->size() + 4);
+  std::optional<std::string> converted;
+  const bool asStored = encoding == kEncodingUnknown || string->Encoding() == kEncodingUnknown;
+  if (!asStored) {
+    converted = ConvertEncoding(string->Bytes(), string->Encoding(), encoding);
+    if (!converted) return false;
+  }
+  const std::string& bytes = asStored ? string->Bytes() : *converted;
+  if (bytes.size() > INT32_MAX - 4) return false;
+  auto* data = static_cast<char*>(std::malloc(bytes.size() + 4));
   if (data == nullptr) return false;
-  std::memcpy(data, bytes->data(), bytes->size());
+  std::memcpy(data, bytes.data(), bytes.size());
+  std::memset(data + bytes.size(), 0, 4);
   const uint64_t serial = state.objects.NextSerial();
   state.stringData[data] = {serial,
                             "string data #" + std::to_string(serial) + " of " + string->Describe()};
-  *out = {data, static_cast<int32_t>(bytes->size()), encoding};
+  *out = {data, static_cast<int32_t>(bytes.size()), encoding};
   return true;
 }
 
