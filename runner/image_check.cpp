@@ -37,8 +37,41 @@ size_t NextMarker(std::string_view bytes, size_t at) {
   return std::string_view::npos;
 }
 
-// Uncompressed rows follow the header; run-length coded ones have their size in it.
-std::optional<std::string> MissingFromBmp(std::string_view header, uintmax_t size) {
+// Whether run-length coded rows, which begin at `at`, come to an end: by the mark for it or with
+// the last pixel. A row may end early and rows may be skipped.
+bool RunsComeToAnEnd(std::string_view bytes, size_t at, uint64_t width, uint64_t height,
+                     bool halfBytes) {
+  constexpr uint32_t kEndOfRow = 0, kEndOfBitmap = 1, kSkip = 2;
+  uint64_t x = 0, y = 0;
+  while (at + 2 <= bytes.size()) {
+    const uint32_t count = Byte(bytes, at), value = Byte(bytes, at + 1);
+    at += 2;
+    if (count > 0) {
+      x += count;
+    } else if (value == kEndOfBitmap) {
+      return true;
+    } else if (value == kEndOfRow) {
+      x = 0;
+      y += 1;
+    } else if (value == kSkip) {
+      if (at + 2 > bytes.size()) return false;
+      x += Byte(bytes, at);
+      y += Byte(bytes, at + 1);
+      at += 2;
+    } else {  // so many pixels as they are, padded to 16 bits
+      x += value;
+      const size_t length = halfBytes ? (value + 1) / 2 : value;
+      if (at + length > bytes.size()) return false;
+      at += (length + 1) / 2 * 2;
+    }
+    if (y >= height || (y + 1 == height && x >= width)) return true;
+  }
+  return false;
+}
+
+// Uncompressed rows follow the header.
+std::optional<std::string> MissingFromBmp(const std::filesystem::path& path,
+                                          std::string_view header, uintmax_t size) {
   constexpr size_t kFileHeader = 14, kInfoHeader = 40;
   if (header.size() < kFileHeader + kInfoHeader) return std::nullopt;  // older kinds
   const uint64_t start = LittleEndian32(header, 10);
@@ -48,10 +81,12 @@ std::optional<std::string> MissingFromBmp(std::string_view header, uintmax_t siz
   const auto height = static_cast<uint64_t>(signedHeight < 0 ? -signedHeight : signedHeight);
   const uint64_t bits = Byte(header, 28) | Byte(header, 29) << 8;
   const uint32_t compression = LittleEndian32(header, 30);
-  const bool runs = compression == 1 || compression == 2;
-  const uint64_t needed = runs ? LittleEndian32(header, 34) : (width * bits + 31) / 32 * 4 * height;
-  if (start + needed > size) return kTruncated;
-  return std::nullopt;
+  bool whole = false;
+  if (compression == 1 || compression == 2)
+    whole = RunsComeToAnEnd(ReadWholeFile(path), start, width, height, compression == 2);
+  else
+    whole = start + (width * bits + 31) / 32 * 4 * height <= size;
+  return whole ? std::nullopt : std::optional<std::string>(kTruncated);
 }
 
 std::optional<std::string> MissingFromWebp(std::string_view header, uintmax_t size) {
@@ -95,7 +130,7 @@ std::optional<std::string> MissingFrom(const std::filesystem::path& path, std::s
   if (format != "bmp" && format != "webp") return std::nullopt;
   const std::string header = ReadBeginning(path, 54);
   const uintmax_t size = std::filesystem::file_size(path);
-  return format == "bmp" ? MissingFromBmp(header, size) : MissingFromWebp(header, size);
+  return format == "bmp" ? MissingFromBmp(path, header, size) : MissingFromWebp(header, size);
 }
 
 }  // namespace runner

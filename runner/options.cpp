@@ -3,10 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <map>
+#include <sstream>
 #include <thread>
 
+#include "runner/commands.h"
 #include "runner/failure.h"
 #include "runner/help.h"
 #include "runner/layouts.h"
@@ -168,7 +169,9 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
     for (int i = plainCount + 1; i < count; ++i) raw.words.emplace_back(words[i]);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
-      app.exit(error, std::cout, std::cerr);
+      std::ostringstream help;
+      app.exit(error, help, help);
+      Print(help.str());
       return std::nullopt;
     }
     throw UsageFailure(std::string(error.what()) + " (picturehost --help explains)");

@@ -37,11 +37,12 @@ std::string WhyNoWaveform(const host::BoundCall& call) {
   const bool known =
       bits == 7 || bits == 8 || bits == 15 || bits == 16 || bits == -32 || bits == -64;
   if (!known) return "Bits must be 7, 8, 15, 16, -32 or -64";
-  const int32_t count = IntegerOf(call, "SampleCount");
-  if (count < 1 && bits < 0) return "SampleCount must be given for floating-point samples";
   if (IntegerOf(call, "Width") > kLargestSide || IntegerOf(call, "Height") > kLargestSide)
     return "Width and Height are at most " + std::to_string(kLargestSide);
-  if (IntegerOf(call, "Width") < 1)
+  const int32_t count = IntegerOf(call, "SampleCount");
+  if (IntegerOf(call, "Width") < 1 && count < 1 && bits < 0)
+    return "SampleCount must be given for floating-point samples";
+  if (IntegerOf(call, "Width") < 1 && (count < 1 || count > kLargestSide))
     return "Width must be given where there are more than " + std::to_string(kLargestSide) +
            " samples or none";
   return "the memory block holds fewer than SampleCount samples";

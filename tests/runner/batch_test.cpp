@@ -88,6 +88,19 @@ TEST_F(Batch, ReportsEachFileThatFailsAndDoesTheOthers) {
   EXPECT_EQ(Names("out"), (std::vector<std::string>{"fine.png", "good.png"}));
 }
 
+TEST_F(Batch, ADiskThatFillsUpFailsTheFileThatFilledIt) {
+  Save(Noise(8, 8), scratch / "small.png", "png");
+  Save(Noise(300, 300), scratch / "large.png", "png");
+  Save(Noise(9, 9), scratch / "after.png", "png");
+  const Finished finished =
+      RunProgram({"batch", "InvertKRT", "small.png", "large.png", "after.png", "-d", "out"},
+                 {scratch.Folder().native(), false, 16384});
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_EQ(finished.err, "picturehost: large.png: can't write 'out/large.png': File too large\n");
+  EXPECT_EQ(finished.out, "2 written to out, 1 failed\n");
+  EXPECT_EQ(Names("out"), (std::vector<std::string>{"after.png", "small.png"}));
+}
+
 TEST_F(Batch, PrintsValuesWithTheirFiles) {
   Save(MakeImage(2, 2,
                  [](int, int) {

@@ -141,6 +141,15 @@ TEST_F(Mistakes, NilResultsSayWhy) {
             "RenderSamplesKRT gave nil: Bits must be 7, 8, 15, 16, -32 or -64");
   EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 4, 1, 9, 9, 0)"),
             "RenderSamplesKRT gave nil: the memory block holds fewer than SampleCount samples");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 4, 1, 0, 9, 0)"),
+            "RenderSamplesKRT gave nil: the memory block holds fewer than SampleCount samples");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 0, 1, 0, 9, 0, Bits = -32)"),
+            "RenderSamplesKRT gave nil: SampleCount must be given for floating-point samples");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 0, 1, 9, 32768, 0, Bits = -32)"),
+            "RenderSamplesKRT gave nil: Width and Height are at most 32767");
+  EXPECT_EQ(Of("RenderSamplesKRT(memoryblock(\"short.bin\"), 40000, 1, 0, 9, 0)"),
+            "RenderSamplesKRT gave nil: Width must be given where there are more than 32767 "
+            "samples or none");
   EXPECT_EQ(Of("PictureSepiaKRT(SourcePicture = nil)"),
             "PictureSepiaKRT: Run gave false: a picture among the arguments is nil");
   Save(Noise(4, 4, 4), scratch / "alpha.png", "png");
@@ -186,6 +195,23 @@ TEST_F(Mistakes, ADiskThatFillsUpLeavesWhatWasThere) {
   }
   for (const auto& entry : fs::directory_iterator(folder))
     EXPECT_FALSE(entry.path().filename().native().starts_with(".")) << entry.path();
+}
+
+TEST_F(Mistakes, StandardOutputThatIsFull) {
+  const Surroundings full{scratch.Folder().native(), false, 0, "/dev/full"};
+  for (const std::vector<std::string>& arguments : std::initializer_list<std::vector<std::string>>{
+           {"list"},
+           {"list", "--json"},
+           {"--help"},
+           {"run", "--help"},
+           {"run", "in.png", "isWhiteKRT"},
+           {"run", "in.png", "isWhiteKRT", "InvertKRT", "-o", "new.png"}}) {
+    const Finished finished = RunProgram(arguments, full);
+    EXPECT_EQ(finished.status, 1) << arguments.back();
+    EXPECT_EQ(finished.err,
+              "picturehost: can't write to standard output: No space left on device\n");
+  }
+  EXPECT_FALSE(fs::exists(scratch / "new.png"));
 }
 
 TEST_F(Mistakes, CommandLines) {

@@ -14,9 +14,10 @@ struct Finished {
 };
 
 struct Surroundings {
-  std::string folder;      // to run in; empty: this one
-  bool terminal = false;   // standard error is one, 60 columns wide
-  size_t largestFile = 0;  // bytes, as a disk that fills up; 0: no limit
+  std::string folder;       // to run in; empty: this one
+  bool terminal = false;    // standard error is one, 60 columns wide
+  size_t largestFile = 0;   // bytes, as a disk that fills up; 0: no limit
+  std::string output = {};  // what standard output is; empty: it is read
 };
 
 // A program that runs; it is waited for at the end at the latest.
