@@ -17,7 +17,7 @@ export async function serve(folder) {
       response.writeHead(200, { 'content-type': kTypes[extname(path)] ?? 'application/octet-stream' });
       response.end(bytes);
     } catch {
-      response.writeHead(404).end();
+      response.writeHead(404).end('not there');
     }
   });
   await new Promise((listening) => server.listen(0, '127.0.0.1', listening));
