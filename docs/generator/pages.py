@@ -36,7 +36,8 @@ def run_example(picturehost, pictures, entry):
     entry["typed"] = examples.typed(example)
     entry["python"] = examples.python(example)
     entry["figures"] = []
-    for file, caption in ((example["photo"], "before"), (example.get("other"), "second picture")):
+    first = "the picture" if example["only_values"] else "before"
+    for file, caption in ((example["photo"], first), (example.get("other"), "second picture")):
         if file:
             entry["figures"].append(figure(pictures / pathlib.Path(file).name, caption))
     if result:
@@ -78,6 +79,27 @@ def navigation(families):
     ]
 
 
+def write_reference(families, entries, pages, render):
+    """A page for each family, the list of all entries, and the start page with a card for each family."""
+    by_key = {entry["key"]: entry for entry in entries}
+    for family in families:
+        family["shown"] = by_key[family["picture"]]["figures"][-1]
+        for entry in family["entries"]:
+            entry["page"] = f"{family['file']}.md"
+        (pages / "reference" / f"{family['file']}.md").write_text(render("family.md.j2", family=family))
+    (pages / "reference" / "index.md").write_text(render("all.md.j2", entries=entries))
+    start = pages / "index.md"
+    start.write_text(start.read_text().replace("<!-- families -->", render("families.md.j2", families=families)))
+
+
+def write_other_tools(entries, pages, render):
+    places = {entry["name"]: f"reference/{entry['page']}#{entry['anchor']}" for entry in reversed(entries)}
+    rows = yaml.safe_load((DOCS / "other-tools.yaml").read_text())["rows"]
+    for row in rows:
+        row["link"] = places[re.match(r"\w+", row["here"]).group()]
+    (pages / "other-tools.md").write_text(render("other-tools.md.j2", rows=rows))
+
+
 def main():
     picturehost, target = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
     shutil.rmtree(target, ignore_errors=True)
@@ -108,26 +130,12 @@ def main():
         lstrip_blocks=True,
         keep_trailing_newline=True,
     )
-    by_key = {entry["key"]: entry for entry in entries}
-    for family in families:
-        family["shown"] = by_key[family["picture"]]["figures"][-1]
-        text = environment.get_template("family.md.j2").render(family=family)
-        (pages / "reference" / f"{family['file']}.md").write_text(text)
-    for name, place in (("all.md.j2", "reference/index.md"), ("families.md.j2", "families.md")):
-        (pages / place).write_text(environment.get_template(name).render(families=families, count=len(entries)))
-    places = {entry["name"]: f"reference/{family['file']}.md#{entry['anchor']}"
-              for family in reversed(families) for entry in reversed(family["entries"])}
-    rows = yaml.safe_load((DOCS / "other-tools.yaml").read_text())["rows"]
-    for row in rows:
-        row["link"] = places[re.match(r"\w+", row["here"]).group()]
-    text = environment.get_template("other-tools.md.j2").render(rows=rows)
-    (pages / "other-tools.md").write_text(text)
-    # The start page shows the families where it says so.
-    start = pages / "index.md"
-    cards = pages / "families.md"
-    start.write_text(start.read_text().replace("<!-- families -->", cards.read_text()))
-    cards.unlink()
 
+    def render(template, **values):
+        return environment.get_template(template).render(**values)
+
+    write_reference(families, entries, pages, render)
+    write_other_tools(entries, pages, render)
     settings = {
         "INHERIT": str(DOCS / "mkdocs.yml"),
         "docs_dir": str(pages),

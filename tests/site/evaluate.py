@@ -6,6 +6,7 @@ import re
 import numpy as np
 import PIL.Image
 
+import composition
 import filters
 import rules
 import waveform
@@ -14,7 +15,7 @@ EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
 TOKEN = re.compile(r'\s*(&c[0-9A-Fa-f]{6}|-?\d+(?:\.\d+)?|"[^"]*"|[A-Za-z_]\w*|[(),=])')
 FUNCTIONS = {
     name: function
-    for module in (rules, waveform, filters)
+    for module in (rules, composition, waveform, filters)
     for name, function in vars(module).items()
     if name.endswith("KRT")
 }
@@ -59,7 +60,7 @@ class Session:
             self.named[name] = self.value()
             return
         name = self.tokens[0]
-        setter = vars(rules).get("assign_" + name)
+        setter = FUNCTIONS.get("assign_" + name)
         if setter and "=" in self.tokens:
             self.tokens.pop(0)
             arguments, _ = self.arguments()
