@@ -102,8 +102,9 @@ void Graphics::DrawLine(int32_t x1, int32_t y1, int32_t x2, int32_t y2) {
   PictureState& to = target->State();
   if (!to.HasMemory() || !runtime::HasPixels(to.layout)) return;
   runtime::CoveredByLines& covered = to.coveredByLines;
-  // Whoever holds a lock may write at any time.
-  if (covered.version != to.version || covered.colour != foreColour || to.descriptionLocks > 0) {
+  // Whoever holds a lock, or shares the pixels, may write at any time.
+  const bool watched = to.descriptionLocks == 0 && !to.pixelsShared;
+  if (covered.version != to.version || covered.colour != foreColour || !watched) {
     covered.rows.assign(static_cast<size_t>(to.height), {});
   }
   const runtime::PenLine line(x1, y1, x2, y2, penWidth, penHeight);

@@ -97,6 +97,12 @@ Ref<Picture> Host::NewPicture(int32_t width, int32_t height, const PictureLayout
   return Made(runtime::MakePicture(*state, width, height, layout));
 }
 
+Ref<Picture> Host::NewPictureOver(const ForeignPixels& pixels, const PictureLayout& layout) {
+  const std::string fault = runtime::WhyNoPictureOver(settings, pixels, layout);
+  if (!fault.empty()) throw Error(fault);
+  return Made(runtime::MakePictureOver(*state, pixels, layout));
+}
+
 Ref<Picture> Host::NewVectorPicture(int32_t width, int32_t height, VectorPaint paint) {
   if (!paint) throw Error("a vector picture needs its paint");
   PictureLayout layout;
@@ -155,6 +161,11 @@ Value Host::Get(const Ref<Instance>& instance, std::string_view property) {
 void Host::Set(const Ref<Instance>& instance, std::string_view property, const Value& value) {
   if (!instance) throw Error("the instance is nil");
   runtime::SetProperty(*state, *instance, property, value);
+}
+
+std::vector<std::string> Host::ExceptionClasses() {
+  const auto names = runtime::ExceptionClasses();
+  return {names.begin(), names.end()};
 }
 
 std::optional<Exception> Host::TakeException() {

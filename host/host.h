@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -84,6 +85,10 @@ class Host {
   // sizes that "newPicture" would refuse and layouts that can't be.
   Ref<Picture> NewPicture(int32_t width, int32_t height);
   Ref<Picture> NewPicture(int32_t width, int32_t height, const PictureLayout& layout);
+  // A bitmap context of 32 bits over pixels that somebody else owns: what either writes, the other
+  // sees. Its row padding is what the rows' distance leaves, its rendering is never cached, and
+  // nobody watches the bytes around it.
+  Ref<Picture> NewPictureOver(const ForeignPixels& pixels, const PictureLayout& layout);
   Ref<Picture> NewVectorPicture(int32_t width, int32_t height, VectorPaint paint);
   Ref<Graphics> NewGraphics(const Ref<Picture>& picture);
   Ref<String> NewString(std::string_view bytes, uint32_t encoding = kEncodingUTF8);
@@ -126,6 +131,10 @@ class Host {
   // The exception that the plug-in raised since this was last asked; it reaches the program when
   // the registered function has returned. Of several, the last.
   std::optional<Exception> TakeException();
+
+  // The names of the exception classes that a plug-in can raise; the first is the base of the
+  // others.
+  static std::vector<std::string> ExceptionClasses();
 
   // For the host's own functions.
   runtime::HostState& State() { return *state; }

@@ -128,7 +128,9 @@ std::span<uint8_t> Picture::Padding(int32_t y) {
   return {row + state->rowBytes - padding, padding};
 }
 
-bool Picture::GuardsIntact() const { return !state->HasMemory() || state->memory->GuardsIntact(); }
+bool Picture::GuardsIntact() const {
+  return state->memory == nullptr || state->memory->GuardsIntact();
+}
 
 uint32_t Picture::Word(int32_t x, int32_t y) const {
   const uint8_t* pixel = PixelAt(*this, x, y);
@@ -187,8 +189,8 @@ void Picture::FromRgba(std::span<const uint8_t> bytes) {
 }
 
 std::vector<uint8_t> Picture::Rendering() {
-  const bool cacheable =
-      state->layout.storage != Storage::kGraphicsWorld && state->layout.storage != Storage::kVector;
+  const bool cacheable = state->layout.storage != Storage::kGraphicsWorld &&
+                         state->layout.storage != Storage::kVector && !state->pixelsShared;
   if (!cacheable) return ToRgba();
   if (state->cached == runtime::CachedRendering::kKept) return state->rendering;
   if (state->cached == runtime::CachedRendering::kFresh) {
@@ -200,6 +202,11 @@ std::vector<uint8_t> Picture::Rendering() {
   }
   state->cached = runtime::CachedRendering::kKept;
   return state->rendering;
+}
+
+void Picture::SharePixels() {
+  state->pixelsShared = true;
+  Touched();
 }
 
 bool Picture::RenderingIsCurrent() const {

@@ -25,6 +25,14 @@ struct Rgba {
   friend bool operator==(const Rgba&, const Rgba&) = default;
 };
 
+// Pixels that belong to somebody else: rows from top to bottom, `rowBytes` apart, 32 bits a pixel.
+struct ForeignPixels {
+  uint8_t* first = nullptr;  // of row 0, at a multiple of 4
+  int32_t width = 0, height = 0;
+  size_t rowBytes = 0;          // a multiple of 4; what lies between rows is left alone
+  std::shared_ptr<void> owner;  // let go of when the picture ends
+};
+
 // What a vector picture shows at a point, 0x00RRGGBB; nothing where it is clear.
 using VectorPaint = std::function<std::optional<uint32_t>(int32_t x, int32_t y)>;
 
@@ -71,6 +79,9 @@ class Picture final : public Object {
   std::vector<uint8_t> Rendering();
   // Whether Rendering() shows the pixels as they are.
   bool RenderingIsCurrent() const;
+  // From now on somebody else may write the pixels at any time, through Row(): renderings are no
+  // longer kept, and always show the pixels as they are.
+  void SharePixels();
 
   // The separate mask; empty when the picture has none.
   Ref<Picture> Mask() const;

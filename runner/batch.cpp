@@ -7,6 +7,7 @@
 #include "runner/crew.h"
 #include "runner/expression.h"
 #include "runner/failure.h"
+#include "runner/file_job.h"
 #include "runner/host_setup.h"
 #include "runner/names.h"
 #include "runner/output_file.h"
@@ -17,11 +18,6 @@ namespace runner {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Job {
-  fs::path file;
-  fs::path output;
-};
 
 volatile sig_atomic_t interruptedBy = 0;
 extern "C" void NoteInterrupt(int signal) { interruptedBy = signal; }
@@ -53,8 +49,8 @@ class NotedSignals {
   sigset_t before;
 };
 
-std::vector<Job> PlanJobs(const Options& options) {
-  std::vector<Job> jobs;
+std::vector<FileJob> PlanJobs(const Options& options) {
+  std::vector<FileJob> jobs;
   std::map<fs::path, fs::path> sources;
   for (const fs::path& file : options.files) {
     fs::path output = options.outputFolder / file.filename();
@@ -79,27 +75,11 @@ void MakeFolder(const fs::path& folder) {
                   (fs::exists(folder) ? "a file has that name" : error.message()));
 }
 
-// One file, from reading to its place among the results; gives what the expressions print.
-std::string Process(const Job& job, const std::vector<Statement>& statements,
-                    const HostSetup& setup, Session* session) {
-  const std::string format = FormatFor(job.output);
-  session->StartOver(LoadPicture(*setup.host, job.file, setup.images));
-  std::string printed;
-  for (const Statement& statement : statements)
-    for (const Named& result : session->Run(statement))
-      printed +=
-          Shown(job.file.native()) + ": " + result.name + " = " + Describe(result.operand) + "\n";
-  OutputFile output(job.output);
-  EncodePicture(*session->Current(), format, &output);
-  output.Commit();
-  return printed;
-}
-
 struct Tally {
   size_t written = 0, failed = 0;
 };
 
-void Account(const TaskReport& report, const Job& job, Progress* progress, Tally* tally) {
+void Account(const TaskReport& report, const FileJob& job, Progress* progress, Tally* tally) {
   if (report.outcome == TaskReport::Outcome::kDone) {
     ++tally->written;
     if (report.text.empty()) return;
@@ -118,7 +98,7 @@ void Account(const TaskReport& report, const Job& job, Progress* progress, Tally
   std::fprintf(stderr, "picturehost: %s: %s\n", Shown(job.file.native()).c_str(), why.c_str());
 }
 
-Tally Work(const std::vector<Job>& jobs, size_t workers, const Crew::Task& task) {
+Tally Work(const std::vector<FileJob>& jobs, size_t workers, const Crew::Task& task) {
   NotedSignals signals;
   Crew crew(workers, task);
   Progress progress(jobs.size());
@@ -152,15 +132,15 @@ int RunBatch(const Options& options) {
   std::vector<std::string> names;
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
 
-  std::vector<Job> jobs = PlanJobs(options);
+  std::vector<FileJob> jobs = PlanJobs(options);
   MakeFolder(options.outputFolder);
   const size_t all = jobs.size();
   std::error_code ignored;
   if (options.skipExisting)
-    std::erase_if(jobs, [&](const Job& job) { return fs::exists(job.output, ignored); });
+    std::erase_if(jobs, [&](const FileJob& job) { return fs::exists(job.output, ignored); });
 
   const Tally tally = Work(jobs, static_cast<size_t>(options.jobs), [&](size_t task) {
-    return Process(jobs[task], statements, setup, &session);
+    return DoFileJob(jobs[task], statements, *setup.host, setup.images, &session);
   });
   if (interruptedBy != 0) {
     std::fprintf(stderr,

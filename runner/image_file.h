@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "host/host.h"
@@ -33,5 +34,8 @@ std::string FormatFor(const std::filesystem::path& path);
 // anything to say is kept by "png", "tiff" and "webp"; "jpeg" and "bmp" show it over white. Throws
 // Failure.
 void EncodePicture(const host::Picture& picture, const std::string& format, OutputFile* file);
+// The same for anything that takes bytes.
+using ByteSink = std::function<void(const void* bytes, size_t count)>;
+void EncodePicture(const host::Picture& picture, const std::string& format, const ByteSink& write);
 
 }  // namespace runner

@@ -132,14 +132,14 @@ std::pair<const char*, const char*> OptionOf(const std::string& format) {
 // Where encoded bytes go, and what went wrong on the way: nothing may be thrown through the
 // encoder.
 struct Sink {
-  OutputFile* file;
+  const ByteSink& write;
   std::exception_ptr problem;
 };
 
 gboolean WriteToSink(const gchar* bytes, gsize count, GError** error, gpointer data) {
   auto* sink = static_cast<Sink*>(data);
   try {
-    sink->file->Write(bytes, count);
+    sink->write(bytes, count);
     return TRUE;
   } catch (...) {
     sink->problem = std::current_exception();
@@ -172,11 +172,16 @@ std::string FormatFor(const fs::path& path) {
 }
 
 void EncodePicture(const host::Picture& picture, const std::string& format, OutputFile* file) {
+  EncodePicture(picture, format,
+                [file](const void* bytes, size_t count) { file->Write(bytes, count); });
+}
+
+void EncodePicture(const host::Picture& picture, const std::string& format, const ByteSink& write) {
   const bool keepsAlpha = format == "png" || format == "tiff" || format == "webp";
   const Pixbuf pixbuf = IsOpaque(picture) ? WithoutAlpha(picture)
                         : keepsAlpha      ? WithAlpha(picture)
                                           : OverWhite(picture);
-  Sink sink{file, nullptr};
+  Sink sink{write, nullptr};
   GError* problem = nullptr;
   const auto [key, value] = OptionOf(format);
   const gboolean written = gdk_pixbuf_save_to_callback(

@@ -10,6 +10,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <random>
 #include <utility>
 
 #include "runner/failure.h"
@@ -27,8 +28,13 @@ constexpr int kSlots = 64;
 std::array<char[PATH_MAX], kSlots> unfinished;
 std::array<volatile sig_atomic_t, kSlots> taken;
 
+// Processes of several machines may write into one folder and have one number. Taken as the program
+// starts, so that worker processes have it, too.
+const uint32_t kMark = std::random_device{}();
+
 std::string TemporaryName(pid_t process, int slot) {
-  return ".picturehost-" + std::to_string(process) + "-" + std::to_string(slot) + ".part";
+  return ".picturehost-" + std::to_string(kMark) + "-" + std::to_string(process) + "-" +
+         std::to_string(slot) + ".part";
 }
 
 extern "C" void RemoveUnfinished(int signal) {

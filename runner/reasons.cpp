@@ -7,6 +7,8 @@ namespace {
 
 using PictureRef = host::Ref<host::Picture>;
 
+constexpr const char* kUnexplained =
+    "the plug-in couldn't open the picture in this layout, or couldn't make the result";
 constexpr int32_t kLargestSide = 32767;
 
 std::string SizeOf(const host::Picture& picture) {
@@ -53,10 +55,10 @@ std::string WhyNoWaveform(const host::BoundCall& call) {
 std::string WhyNoPicture(const PictureRef& picture, const host::Settings& settings) {
   const std::string reason = WhyUnfit(picture, settings);
   if (!reason.empty()) return reason;
-  return "the plug-in couldn't open the picture in this layout, or couldn't make the result";
+  return kUnexplained;
 }
 
-std::string WhyNil(const host::BoundCall& call, const host::Settings& settings) {
+std::string NilByArguments(const host::BoundCall& call, const host::Settings& settings) {
   std::vector<PictureRef> pictures;
   if (call.hasSelf && call.self->GetKind() == host::Kind::kPicture)
     pictures.push_back(PictureRef::Share(static_cast<host::Picture*>(call.self.Get())));
@@ -79,7 +81,12 @@ std::string WhyNil(const host::BoundCall& call, const host::Settings& settings) 
   if (host::SameName(name, "BinaryStringtoPictureKRT"))
     return "the string isn't a whole picture in the binary format";
   if (host::SameName(name, "RenderSamplesKRT")) return WhyNoWaveform(call);
-  return WhyNoPicture(pictures.empty() ? nullptr : pictures.front(), settings);
+  return "";
+}
+
+std::string WhyNil(const host::BoundCall& call, const host::Settings& settings) {
+  const std::string reason = NilByArguments(call, settings);
+  return reason.empty() ? kUnexplained : reason;
 }
 
 }  // namespace runner

@@ -42,6 +42,8 @@ std::optional<std::string> KnownClassName(HostState& state, std::string_view nam
   return std::nullopt;
 }
 
+std::span<const char* const> ExceptionClasses() { return kExceptions; }
+
 Object* MakeInstance(HostState& state, std::string_view name) {
   if (SameName(name, "Picture")) return MakeEmptyPicture(state);
   Instance* instance = nullptr;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,9 @@ namespace host::runtime {
 // The class's own spelling of its name; nothing where the host has no such class. "Application",
 // "ConsoleApplication" and "WebApplication" are there according to the application's kind.
 std::optional<std::string> KnownClassName(HostState& state, std::string_view name);
+
+// The exception classes, their base first.
+std::span<const char* const> ExceptionClasses();
 
 // A new instance with one reference, no constructor run: of a registered class, an exception, an
 // empty picture. Null for other classes.

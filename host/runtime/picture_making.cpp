@@ -25,11 +25,12 @@ void FillFresh(PictureState& picture, uint32_t colour) {
   }
 }
 
-void SetUpRows(PictureState& picture) {
+// From the lowest address of its rows.
+void SetUpRows(PictureState& picture, uint8_t* lowest) {
   const bool table = picture.layout.storage == Storage::kRowTable;
   const bool backwards = table && !picture.layout.contiguousRows;
   picture.stride = static_cast<ptrdiff_t>(picture.rowBytes);
-  picture.firstRow = picture.memory->First();
+  picture.firstRow = lowest;
   if (backwards) {
     picture.firstRow += (picture.height - 1) * picture.stride;
     picture.stride = -picture.stride;
@@ -104,9 +105,9 @@ bool GivePixels(HostState& state, Picture& picture, int32_t width, int32_t heigh
   inside.memory = std::move(memory);
   inside.freshColour = settings.freshColour & 0xFFFFFF;
   inside.DiscardRendering();
-  if (!inside.HasMemory()) return true;
+  if (inside.memory == nullptr) return true;
   inside.rowBytes = static_cast<size_t>(rowBytes);
-  SetUpRows(inside);
+  SetUpRows(inside, inside.memory->First());
   FillFresh(inside, inside.freshColour);
   // Graphics worlds are shown as they are.
   if (layout.storage != Storage::kGraphicsWorld) inside.cached = CachedRendering::kFresh;
@@ -126,6 +127,40 @@ Picture* MakePicture(HostState& state, int32_t width, int32_t height, const Pict
   if (GivePixels(state, *picture, width, height, layout)) return picture;
   state.objects.Release(picture);
   return nullptr;
+}
+
+std::string WhyNoPictureOver(const Settings& settings, const ForeignPixels& pixels,
+                             const PictureLayout& layout) {
+  if (layout.storage != Storage::kBitmapContext || layout.bitsPerPixel != 32) {
+    return "only bitmap contexts of 32 bits can have foreign pixels";
+  }
+  const std::string fault = WhyNoPicture(settings, pixels.width, pixels.height, layout);
+  if (!fault.empty()) return fault;
+  if (pixels.first == nullptr || reinterpret_cast<uintptr_t>(pixels.first) % 4 != 0) {
+    return "foreign pixels begin at a multiple of 4 bytes";
+  }
+  const size_t needed = static_cast<size_t>(pixels.width) * 4;
+  if (pixels.rowBytes < needed || pixels.rowBytes % 4 != 0 || pixels.rowBytes > INT32_MAX) {
+    return "foreign rows of " + std::to_string(pixels.width) + " pixels are a multiple of 4, " +
+           std::to_string(needed) + " to 2147483647 bytes apart";
+  }
+  return {};
+}
+
+Picture* MakePictureOver(HostState& state, const ForeignPixels& pixels,
+                         const PictureLayout& layout) {
+  if (!WhyNoPictureOver(state.host.settings, pixels, layout).empty()) return nullptr;
+  Picture* picture = MakeEmptyPicture(state);
+  PictureState& inside = picture->State();
+  inside.width = pixels.width;
+  inside.height = pixels.height;
+  inside.layout = layout;
+  inside.layout.rowPadding = static_cast<int32_t>(pixels.rowBytes) - pixels.width * 4;
+  inside.rowBytes = pixels.rowBytes;
+  inside.foreignOwner = pixels.owner;
+  inside.pixelsShared = true;
+  SetUpRows(inside, pixels.first);
+  return picture;
 }
 
 }  // namespace host::runtime

@@ -34,9 +34,10 @@ struct PictureState {
   PictureLayout layout{.storage = Storage::kEmpty};
   VectorPaint paint;
 
-  std::unique_ptr<GuardedMemory> memory;
+  std::unique_ptr<GuardedMemory> memory;  // null also where the pixels are somebody else's
+  std::shared_ptr<void> foreignOwner;
   size_t rowBytes = 0;
-  uint8_t* firstRow = nullptr;  // row 0
+  uint8_t* firstRow = nullptr;  // row 0; null: there are no pixels
   ptrdiff_t stride = 0;         // from row y to row y + 1
   std::vector<uint8_t*> rows;   // where a row table may be given
   REALrowTablePicture rowTable{};
@@ -46,6 +47,7 @@ struct PictureState {
   Ref<Picture> mask;
 
   CachedRendering cached = CachedRendering::kNone;
+  bool pixelsShared = false;  // nothing is cached: somebody whom the host doesn't see may write
   uint32_t freshColour = 0;
   std::vector<uint8_t> rendering;  // for kKept
 
@@ -56,7 +58,7 @@ struct PictureState {
   uint64_t version = 1;  // another one after anything that could change the pixels
   CoveredByLines coveredByLines;
 
-  bool HasMemory() const { return memory != nullptr; }
+  bool HasMemory() const { return firstRow != nullptr; }
   uint8_t* Row(int32_t y) const { return firstRow + y * stride; }
   void DiscardRendering() {
     ++version;
@@ -79,6 +81,13 @@ PictureLayout FreshLayout(const Settings& settings, bool alpha);
 // there isn't enough memory.
 Picture* MakePicture(HostState& state, int32_t width, int32_t height, const PictureLayout& layout);
 Picture* MakeEmptyPicture(HostState& state);
+
+// Host::NewPictureOver, which has the rules.
+Picture* MakePictureOver(HostState& state, const ForeignPixels& pixels,
+                         const PictureLayout& layout);
+// Why there can't be such a picture; empty when there can.
+std::string WhyNoPictureOver(const Settings& settings, const ForeignPixels& pixels,
+                             const PictureLayout& layout);
 
 // Gives an empty picture its pixels, in the fresh colour. False as MakePicture's null.
 bool GivePixels(HostState& state, Picture& picture, int32_t width, int32_t height,

@@ -1,0 +1,63 @@
+#include "python/module/errors.h"
+
+#include "host/host.h"
+#include "runner/failure.h"
+
+namespace pyhost {
+namespace {
+
+namespace py = pybind11;
+
+// For as long as the interpreter lives.
+PyObject* error = nullptr;
+PyObject* nilResult = nullptr;
+PyObject* hostExceptions = nullptr;  // by name
+
+PyObject* NewException(py::module_& module, const std::string& name, PyObject* base,
+                       const char* text) {
+  PyObject* made = PyErr_NewExceptionWithDoc(("picturehost." + name).c_str(), text, base, nullptr);
+  if (made == nullptr) throw py::error_already_set();
+  module.add_object(name.c_str(), made);
+  return made;
+}
+
+void Translate(std::exception_ptr thrown) {
+  try {
+    if (thrown) std::rethrow_exception(thrown);
+  } catch (const NilResult& problem) {
+    PyErr_SetString(nilResult, problem.what());
+  } catch (const host::Error& problem) {
+    PyErr_SetString(error, problem.what());
+  } catch (const runner::Failure& problem) {
+    PyErr_SetString(error, problem.what());
+  }
+}
+
+}  // namespace
+
+void DefineErrors(py::module_& module) {
+  error = NewException(module, "Error", PyExc_Exception, "The base of this module's exceptions.");
+  nilResult = NewException(module, "NilResultError", error,
+                           "A call gave nil, and its arguments explain it.");
+  hostExceptions = PyDict_New();
+  PyObject* base = error;
+  for (const std::string& name : host::Host::ExceptionClasses()) {
+    PyObject* made =
+        NewException(module, name, base, "Raised by the plug-in. ErrorNumber is its number.");
+    PyDict_SetItemString(hostExceptions, name.c_str(), made);
+    if (base == error) base = made;
+  }
+  py::register_exception_translator(&Translate);
+}
+
+void Raise(const host::Exception& exception) {
+  PyObject* type = PyDict_GetItemString(hostExceptions, exception.className.c_str());
+  const py::str message(exception.message.value_or(""));
+  const py::object raised =
+      py::reinterpret_borrow<py::object>(type == nullptr ? error : type)(message);
+  raised.attr("ErrorNumber") = exception.errorNumber;
+  PyErr_SetObject(raised.get_type().ptr(), raised.ptr());
+  throw py::error_already_set();
+}
+
+}  // namespace pyhost

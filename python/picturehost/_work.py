@@ -1,0 +1,22 @@
+"""What the workers of a cluster do; they import it by its name."""
+
+import functools
+import os
+
+from . import _picturehost
+
+
+@functools.lru_cache(maxsize=4)
+def _batch(expressions):
+    return _picturehost.Batch(list(expressions))
+
+
+def do_file(expressions, file, output):
+    """Makes one file of another; gives what the expressions print.
+
+    Work that is repeated because a worker was lost after it had finished is left alone.
+    """
+    if os.path.lexists(output):
+        return ""
+    os.makedirs(os.path.dirname(output), exist_ok=True)
+    return _batch(tuple(expressions)).run(file, output)

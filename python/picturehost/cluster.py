@@ -1,0 +1,188 @@
+"""Spreads expressions over a collection of pictures, on the machines of a Dask cluster.
+
+    python3 -m picturehost.cluster EXPRESSION ... --input-dir DIR --output-dir DIR [--scheduler ADDRESS]
+
+Every picture file in DIR and the folders below it becomes a file of the same name in the output
+folder, exactly as `picturehost batch` would make it. Without an address a cluster of this machine's
+processors is started. The workers of a cluster need this package, and both folders under the same names.
+"""
+
+import argparse
+import os
+import sys
+import tempfile
+import time
+
+from . import _picturehost, _work
+
+IN_FLIGHT_PER_WORKER = 8
+
+
+def picture_files(folder, leave_out):
+    """Paths relative to `folder` of the picture files in and below it, found as they are asked for.
+
+    Memory is taken for the folders on the way down, not for the files. `leave_out` is a folder that
+    isn't entered; links to folders aren't followed.
+    """
+    open_folders = [os.scandir(folder)]
+    try:
+        while open_folders:
+            entry = next(open_folders[-1], None)
+            if entry is None:
+                open_folders.pop().close()
+            elif entry.is_dir(follow_symlinks=False):
+                if not os.path.samefile(entry.path, leave_out):
+                    open_folders.append(os.scandir(entry.path))
+            elif entry.is_file() and _picturehost.is_picture_file(entry.name):
+                yield os.path.relpath(entry.path, folder)
+    finally:
+        for scan in open_folders:
+            scan.close()
+
+
+class Progress:
+    """One line on standard error that is written over; nothing unless it is wanted."""
+
+    def __init__(self, wanted):
+        self._wanted = wanted
+        self._terminal = sys.stderr.isatty()
+        self._started = self._last = time.monotonic()
+
+    def show(self, tally, now=False):
+        time_now = time.monotonic()
+        if not self._wanted or (not now and time_now - self._last < (0.1 if self._terminal else 5)):
+            return
+        self._last = time_now
+        rate = tally.written / max(time_now - self._started, 0.001)
+        text = f"{tally}, {rate:.1f} a second"
+        print(f"\r\x1b[K{text}" if self._terminal else text, end="" if self._terminal else "\n",
+              file=sys.stderr, flush=True)
+
+    def close(self):
+        if self._wanted and self._terminal:
+            print(file=sys.stderr)
+
+
+class Tally:
+    """What has become of the files."""
+
+    def __init__(self):
+        self.written = self.there = self.failed = 0
+        # On disk, since of millions of files many may fail.
+        self.failures = tempfile.TemporaryFile("w+", encoding="utf-8", errors="backslashreplace")
+
+    def fail(self, name, why):
+        self.failed += 1
+        print(" ".join(f"{name!r}: {why}".split("\n")), file=self.failures)
+
+    def __str__(self):
+        text = f"{self.written} written"
+        if self.there:
+            text += f", {self.there} there already"
+        return text + (f", {self.failed} failed" if self.failed else "")
+
+
+def spread(client, expressions, inputs, outputs, tally, progress):
+    """Does every file once, a bounded number of them in flight."""
+    from distributed import as_completed
+
+    workers = max(1, sum(client.nthreads().values()))
+    running = as_completed()
+    names = {}  # of what is in flight
+
+    def to_do():
+        for name in picture_files(inputs, leave_out=outputs):
+            if os.path.lexists(os.path.join(outputs, name)):
+                tally.there += 1
+                progress.show(tally)
+            else:
+                yield name
+
+    def submit(name):
+        future = client.submit(_work.do_file, expressions, os.path.join(inputs, name),
+                               os.path.join(outputs, name), pure=False)
+        names[future] = name
+        running.add(future)
+
+    waiting = to_do()
+    for name in waiting:
+        submit(name)
+        if len(names) == workers * IN_FLIGHT_PER_WORKER:
+            break
+    for future in running:
+        name = names.pop(future)
+        if future.status == "finished":
+            tally.written += 1
+            if printed := future.result():
+                print(printed, end="", flush=True)
+        else:
+            problem = future.exception()
+            tally.fail(name, str(problem) or type(problem).__name__)
+        future.release()
+        progress.show(tally)
+        for name in waiting:
+            submit(name)
+            break
+
+
+def connect(address):
+    """A client of the scheduler at an address, or of a cluster of this machine's own."""
+    from distributed import Client, LocalCluster
+
+    if address:
+        client = Client(address, timeout=20)
+        client.wait_for_workers(1, timeout=60)
+        return client
+    cluster = LocalCluster(processes=True, threads_per_worker=1, host="127.0.0.1", dashboard_address=None)
+    client = Client(cluster)
+    client.own_cluster = cluster  # closed with it
+    return client
+
+
+def parse(words):
+    parser = argparse.ArgumentParser(prog="python3 -m picturehost.cluster", description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("expressions", nargs="+", metavar="EXPRESSION",
+                        help="as for `picturehost batch`; --help of that explains them")
+    parser.add_argument("--input-dir", required=True, metavar="DIR")
+    parser.add_argument("--output-dir", required=True, metavar="DIR")
+    parser.add_argument("--scheduler", metavar="ADDRESS", help="like tcp://machine:8786")
+    parser.add_argument("--progress", action="store_true", default=sys.stderr.isatty(),
+                        help="show progress on standard error, as is done where that is a terminal")
+    return parser.parse_intermixed_args(words)
+
+
+def main(words=None):
+    options = parse(words)
+    inputs, outputs = os.path.abspath(options.input_dir), os.path.abspath(options.output_dir)
+    _picturehost.Batch(options.expressions)  # says what is wrong with them before anything is done
+    if not os.path.isdir(inputs):
+        raise _picturehost.Error(f"there is no folder {inputs!r}")
+    os.makedirs(outputs, exist_ok=True)
+    if os.path.samefile(inputs, outputs):
+        raise _picturehost.Error("the pictures would be overwritten by their own results")
+
+    tally, progress = Tally(), Progress(options.progress)
+    client = connect(options.scheduler)
+    try:
+        spread(client, options.expressions, inputs, outputs, tally, progress)
+    finally:
+        progress.show(tally, now=True)
+        progress.close()
+        client.close()
+        if hasattr(client, "own_cluster"):
+            client.own_cluster.close()
+    tally.failures.seek(0)
+    for line in tally.failures:
+        print(f"picturehost.cluster: {line}", end="", file=sys.stderr)
+    print(f"{tally}, in {outputs}")
+    return 1 if tally.failed else 0
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main())
+    except (_picturehost.Error, OSError) as problem:
+        sys.exit(f"picturehost.cluster: {problem}")
+    except KeyboardInterrupt:
+        sys.exit(130)
