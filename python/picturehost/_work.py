@@ -12,11 +12,6 @@ def _batch(expressions):
 
 
 def do_file(expressions, file, output):
-    """Makes one file of another; gives what the expressions print.
-
-    Work that is repeated because a worker was lost after it had finished is left alone.
-    """
-    if os.path.lexists(output):
-        return ""
+    """Makes one file of another; gives what the expressions print."""
     os.makedirs(os.path.dirname(output), exist_ok=True)
     return _batch(tuple(expressions)).run(file, output)

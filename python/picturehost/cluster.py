@@ -3,8 +3,10 @@
     python3 -m picturehost.cluster EXPRESSION ... --input-dir DIR --output-dir DIR [--scheduler ADDRESS]
 
 Every picture file in DIR and the folders below it becomes a file of the same name in the output
-folder, exactly as `picturehost batch` would make it. Without an address a cluster of this machine's
-processors is started. The workers of a cluster need this package, and both folders under the same names.
+folder, exactly as `picturehost batch` would make it. Files that are there already are left alone, so
+that a run that was interrupted can be taken up again. Work that a worker had when it was lost is done
+by another. Without an address a cluster of this machine's processors is started. The workers of a
+cluster need this package, and both folders under the same names.
 """
 
 import argparse
@@ -14,6 +16,7 @@ import tempfile
 import time
 
 from . import _picturehost, _work
+from ._picturehost import Error
 
 IN_FLIGHT_PER_WORKER = 8
 
@@ -111,12 +114,11 @@ def spread(client, expressions, inputs, outputs, tally, progress):
             break
     for future in running:
         name = names.pop(future)
-        if future.status == "finished":
+        try:
+            # Waits once more where the worker was lost with the result.
+            print(future.result(), end="", flush=True)
             tally.written += 1
-            if printed := future.result():
-                print(printed, end="", flush=True)
-        else:
-            problem = future.exception()
+        except Exception as problem:
             tally.fail(name, str(problem) or type(problem).__name__)
         future.release()
         progress.show(tally)
@@ -157,10 +159,10 @@ def main(words=None):
     inputs, outputs = os.path.abspath(options.input_dir), os.path.abspath(options.output_dir)
     _picturehost.Batch(options.expressions)  # says what is wrong with them before anything is done
     if not os.path.isdir(inputs):
-        raise _picturehost.Error(f"there is no folder {inputs!r}")
+        raise Error(f"there is no folder {inputs!r}")
     os.makedirs(outputs, exist_ok=True)
     if os.path.samefile(inputs, outputs):
-        raise _picturehost.Error("the pictures would be overwritten by their own results")
+        raise Error("the pictures would be overwritten by their own results")
 
     tally, progress = Tally(), Progress(options.progress)
     client = connect(options.scheduler)
@@ -179,10 +181,14 @@ def main(words=None):
     return 1 if tally.failed else 0
 
 
-if __name__ == "__main__":
+def command_line():
     try:
         sys.exit(main())
-    except (_picturehost.Error, OSError) as problem:
+    except (Error, OSError) as problem:
         sys.exit(f"picturehost.cluster: {problem}")
     except KeyboardInterrupt:
         sys.exit(130)
+
+
+if __name__ == "__main__":
+    command_line()

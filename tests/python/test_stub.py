@@ -70,19 +70,19 @@ def run(module, *words, search_path, folder):
 
 
 def test_the_module_is_as_its_stub_says(search_path, tmp_path):
-    done = run("mypy.stubtest", "picturehost", "--ignore-missing-stub", search_path=search_path, folder=tmp_path)
+    (tmp_path / "expected").write_text("picturehost.Picture[A-Za-z0-9]*  # have a metaclass of pybind11's\n")
+    done = run("mypy.stubtest", "picturehost", "--ignore-missing-stub", "--allowlist=expected",
+               search_path=search_path, folder=tmp_path)
     assert done.returncode == 0, done.stdout + done.stderr
 
 
 def test_a_type_checker_tells_right_from_wrong(search_path, tmp_path):
     (tmp_path / "right.py").write_text(RIGHT)
     (tmp_path / "wrong.py").write_text(WRONG)
-    options = ["--strict", "--follow-imports=silent", "--cache-dir=cache"]
-    right = run("mypy", *options, "right.py", search_path=search_path, folder=tmp_path)
-    assert right.returncode == 0, right.stdout + right.stderr
-    wrong = run("mypy", *options, "wrong.py", search_path=search_path, folder=tmp_path)
-    lines = {int(line.split(":")[1]) for line in wrong.stdout.splitlines() if ": error:" in line}
-    assert lines == set(range(4, 10)), wrong.stdout + wrong.stderr
+    done = run("mypy", "--strict", "--follow-imports=silent", "--cache-dir=/dev/null", "right.py", "wrong.py",
+               search_path=search_path, folder=tmp_path)
+    wrong = [line.split(":")[:2] for line in done.stdout.splitlines() if ": error:" in line]
+    assert wrong == [["wrong.py", str(line)] for line in range(4, 10)], done.stdout + done.stderr
 
 
 def test_every_public_name_is_in_the_stub():
