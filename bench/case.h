@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ struct Case {
   Layout target = Layout::rgba;
   Output timed = Output::prepared;  // what the goal is for
   const char* per = "pixel";
+  // Larger pictures take the plain restatement minutes.
+  int64_t largest = std::numeric_limits<int64_t>::max();
   // The call takes much memory of its own for what it hands over; timed into prepared memory, it
   // gets what an earlier call has freed.
   bool ownMemory = false;

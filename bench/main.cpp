@@ -6,6 +6,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "bench/growth.h"
 #include "bench/peers/peers.h"
 #include "bench/report.h"
 #include "bench/start.h"
@@ -24,6 +25,7 @@ struct Options {
   std::string json;
   bool quick = false;
   bool smoke = false;
+  bool growth = false;
   bool list = false;
 };
 
@@ -52,12 +54,35 @@ Plan MakePlan(const Options& options) {
   Plan plan;
   plan.instructionSet =
       options.instructionSet.empty() ? WidestInstructionSet() : options.instructionSet;
+  plan.starter = MakeStarter(options.instructionSet);
   if (options.quick) plan.effort = {9, 0.008, 6};
-  if (options.smoke) {
-    plan.effort = {1, 0.0, 0.0};
-    plan.withPeers = false;
-  }
+  if (options.growth) plan.effort = {5, 0.02, 15};
+  if (options.smoke) plan.effort = {1, 0.0, 0.0};
+  plan.withPeers = !options.smoke && !options.growth;
   return plan;
+}
+
+void RunAll(const std::vector<const Case*>& cases, const Plan& plan, nlohmann::json& results) {
+  if (!PeersAbsent().empty()) {
+    std::cout << "Not there to compare with: " << PeersAbsent()
+              << " (script/bootstrap --bench installs them)\n";
+  }
+  for (const Size size : kSizes) {
+    for (nlohmann::json& limit : MeasureLimits(size, plan)) results["limits"].push_back(limit);
+  }
+  PrintHeading();
+  for (const Case* each : cases) {
+    for (const Size size : kSizes) {
+      const Figures figures = Run(*each, size, plan);
+      Print(figures);
+      results["figures"].push_back(ToJson(figures));
+    }
+  }
+}
+
+void Smoke(const std::vector<const Case*>& cases, const Plan& plan) {
+  for (const Case* each : cases) Run(*each, kTiny, plan);
+  std::cout << cases.size() << " cases are right\n";
 }
 
 int Main(const Options& options) {
@@ -67,28 +92,17 @@ int Main(const Options& options) {
     return 0;
   }
   const Plan plan = MakePlan(options);
-  const Starter starter = MakeStarter(options.instructionSet);
   nlohmann::json results = {{"instruction_set", plan.instructionSet},
                             {"peers_present", PeersPresent()},
                             {"peers_absent", PeersAbsent()},
-                            {"figures", nlohmann::json::array()}};
-  if (!PeersAbsent().empty() && plan.withPeers) {
-    std::cout << "Not there to compare with: " << PeersAbsent()
-              << " (script/bootstrap --bench installs them)\n";
+                            {"compiler", __VERSION__}};
+  if (options.smoke) {
+    Smoke(cases, plan);
+  } else if (options.growth) {
+    results["growth"] = MeasureGrowth(cases, plan);
+  } else {
+    RunAll(cases, plan, results);
   }
-
-  if (!options.smoke) PrintHeading();
-  std::vector<Size> sizes(std::begin(kSizes), std::end(kSizes));
-  if (options.smoke) sizes = {kTiny};
-  for (const Case* each : cases) {
-    for (const Size size : sizes) {
-      Stage stage(starter, each->source, each->target);
-      const Figures figures = Run(*each, stage, size, plan);
-      if (!options.smoke) Print(figures);
-      results["figures"].push_back(ToJson(figures));
-    }
-  }
-  if (options.smoke) std::cout << cases.size() << " cases are right\n";
   if (!options.json.empty()) std::ofstream(options.json) << results.dump(2) << '\n';
   return 0;
 }
@@ -105,6 +119,7 @@ int main(int argc, char** argv) {
   app.add_option("--json", options.json, "file for the figures");
   app.add_flag("--quick", options.quick, "fewer rounds");
   app.add_flag("--smoke", options.smoke, "every case once, tiny, without libraries");
+  app.add_flag("--growth", options.growth, "pictures of 0.25 to 64 megapixels");
   app.add_flag("--list", options.list, "names of the cases alone");
   CLI11_PARSE(app, argc, argv);
   try {

@@ -29,7 +29,8 @@ std::vector<Rounds> Measure(const std::vector<Contender>& contenders, const Effo
       for (auto _ : state) run();
     };
     auto* made = benchmark::RegisterBenchmark(contender.name.c_str(), loop);
-    registered.push_back(made->Unit(benchmark::kNanosecond)->Iterations(1));
+    registered.push_back(
+        made->Unit(benchmark::kNanosecond)->MeasureProcessCPUTime()->Iterations(1));
   }
 
   // Two rounds warm up and tell how many runs make a turn.

@@ -21,7 +21,7 @@ struct Effort {
 
 // Nanoseconds of processor time per run of one contender in each round. Contenders take turns
 // within a round, so that what else the machine does meets all of them, and figures of one round
-// can be compared. All work is done in one thread.
+// can be compared. Threads that a contender starts count in full.
 using Rounds = std::vector<double>;
 
 // The rounds of each contender, in their order. Google Benchmark does the timing.

@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "bench/contents.h"
 #include "bench/host_calls.h"
+#include "bench/map_case.h"
 #include "bench/peers/peers.h"
 
 namespace bench {
@@ -65,8 +67,9 @@ std::optional<bool> Figures::GoalMet() const {
   return met;
 }
 
-Figures Run(const Case& what, Stage& stage, Size size, const Plan& plan) {
+Figures Run(const Case& what, Size size, const Plan& plan) {
   KeepFreedMemory(what.ownMemory);
+  Stage stage(plan.starter, what.source, what.target);
   const Work work = what.prepare(stage, size);
   RequireRight(what, work, stage);
 
@@ -122,6 +125,26 @@ Figures Run(const Case& what, Stage& stage, Size size, const Plan& plan) {
     figures.peerGoal = what.goal.peer;
   }
   return figures;
+}
+
+nlohmann::json MeasureLimits(Size size, const Plan& plan) {
+  Stage stage(plan.starter, Layout::rgba, Layout::rgba);
+  const std::vector<Picture> sources = {stage.Paint(size, Photo), stage.Paint(size, Noise)};
+  const Area area = AreaOf(sources, stage.Target(size), WholeOf(size));
+  std::vector<Contender> contenders;
+  for (const Limit limit :
+       {Limit::copy, Limit::read, Limit::fill, Limit::twoReadsAndWrite, Limit::moveInPlace}) {
+    contenders.push_back({NameOf(limit), MakeLimit(limit, area)});
+  }
+  const std::vector<Rounds> rounds = Measure(contenders, plan.effort);
+  nlohmann::json limits = nlohmann::json::array();
+  for (size_t i = 0; i < contenders.size(); ++i) {
+    limits.push_back({{"width", size.width},
+                      {"height", size.height},
+                      {"limit", contenders[i].name},
+                      {"time", Median(rounds[i]) / static_cast<double>(size.Pixels())}});
+  }
+  return limits;
 }
 
 void PrintHeading() {

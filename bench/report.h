@@ -38,6 +38,7 @@ struct Figures {
 };
 
 struct Plan {
+  Starter starter;
   std::string instructionSet;  // in use
   Effort effort;
   bool withPeers = true;
@@ -45,7 +46,10 @@ struct Plan {
 
 // Checks the plug-in's result, then times it. Throws host::Error, which says what is wrong, when
 // the result isn't what it has to be.
-Figures Run(const Case& what, Stage& stage, Size size, const Plan& plan);
+Figures Run(const Case& what, Size size, const Plan& plan);
+
+// What memory alone takes, by each kind of limit.
+nlohmann::json MeasureLimits(Size size, const Plan& plan);
 
 void PrintHeading();
 void Print(const Figures& figures);

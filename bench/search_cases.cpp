@@ -1,6 +1,7 @@
 // Looking for a picture in a picture, and for coloured rectangles, on ordinary and on the worst
 // pictures.
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -78,40 +79,36 @@ Place PlainSearch(const Plane& haystack, const Plane& needle) {
   return {};
 }
 
+constexpr Rgb kRed{200, 30, 30};
+
 using Content = Rgb (*)(int32_t x, int32_t y);
 
 constexpr int32_t kNeedle = 64;
+constexpr int32_t kHalfThePicture = 0;
 
-// The needle shows `needle` of the places from its top left corner, where its content doesn't name
-// the corner itself.
-struct SearchPictures {
-  Content haystack;
-  Content needle;
-  bool fromCorner = false;  // the needle is the haystack's lower right corner
-};
-
-// The last pixel of the first or of the second row is black.
-constexpr Rgb WhiteButFirstRow(int32_t x, int32_t y) {
-  return y == 0 && x == kNeedle - 1 ? Black(x, y) : White(x, y);
-}
-constexpr Rgb WhiteButSecondRow(int32_t x, int32_t y) {
-  return y == 1 && x == kNeedle - 1 ? Black(x, y) : White(x, y);
-}
 constexpr Rgb Stripes(int32_t x, int32_t y) { return x % 2 == 0 ? White(x, y) : Black(x, y); }
-constexpr Rgb StripesButOne(int32_t x, int32_t y) {
-  return y == 0 && x == kNeedle - 1 ? Rgb{255, 0, 0} : Stripes(x, y);
+// White and black in an order that nearly repeats itself, over and over, and never does.
+constexpr Rgb NearRepeats(int32_t x, int32_t y) {
+  const auto place = [](int32_t at) { return static_cast<int32_t>(at * 0.6180339887498949); };
+  return place(x + 2) == place(x + 1) ? Black(x, y) : White(x, y);
 }
 
-auto Search(SearchPictures pictures) {
-  return [pictures](Stage& stage, Size size) {
-    const Size needleSize{std::min(kNeedle, size.width / 2), std::min(kNeedle, size.height / 2)};
-    // Contents of small needles end where those of large ones do.
-    const int32_t offsetX =
-        pictures.fromCorner ? size.width - needleSize.width : kNeedle - needleSize.width;
-    const int32_t offsetY = pictures.fromCorner ? size.height - needleSize.height : 0;
-    const Picture haystack = stage.Paint(size, pictures.haystack);
+// What is looked for in a picture: its lower right corner, or its upper left corner but for one
+// pixel, the last of the first row, so that the whole picture is in vain.
+enum class Needle { corner, almost };
+
+auto Search(Content content, Needle kind, int32_t width = kNeedle) {
+  return [=](Stage& stage, Size size) {
+    const int32_t half = size.width / 2;
+    const Size needleSize{width == kHalfThePicture ? half : std::min(width, half),
+                          std::min(kNeedle, size.height / 2)};
+    const bool corner = kind == Needle::corner;
+    const int32_t left = corner ? size.width - needleSize.width : 0;
+    const int32_t top = corner ? size.height - needleSize.height : 0;
+    const Picture haystack = stage.Paint(size, content);
     const Picture needle = stage.Paint(needleSize, [&](int32_t x, int32_t y) {
-      return pictures.needle(x + offsetX, y + offsetY);
+      const bool last = y == 0 && x == needleSize.width - 1;
+      return last && !corner ? kRed : content(x + left, y + top);
     });
     const auto place = std::make_shared<Place>();
     const auto call =
@@ -136,24 +133,21 @@ auto Search(SearchPictures pictures) {
   };
 }
 
-// A grid with one cell more on every side of the picture.
-class Grid {
+// Cells with one more on every side of the picture.
+class Cells {
  public:
-  explicit Grid(Size size)
+  explicit Cells(Size size)
       : stride_(static_cast<size_t>(size.width) + 2),
         cells_(stride_ * (static_cast<size_t>(size.height) + 2)) {}
-  uint8_t& At(int32_t x, int32_t y) {
-    return cells_[stride_ * static_cast<size_t>(y + 1) + static_cast<size_t>(x + 1)];
+
+  uint8_t* At(int32_t x, int32_t y) {
+    return &cells_[stride_ * static_cast<size_t>(y + 1) + static_cast<size_t>(x + 1)];
   }
-  bool AnyIn(Window w) {
-    for (int32_t y = w.top; y < w.bottom; ++y) {
-      const auto row = cells_.begin() + (&At(w.left, y) - cells_.data());
-      if (std::find(row, row + (w.right - w.left), 1) != row + (w.right - w.left)) return true;
-    }
-    return false;
+  bool AnyInRow(int32_t y, int32_t left, int32_t right) {
+    return std::memchr(At(left, y), 1, static_cast<size_t>(right - left)) != nullptr;
   }
   void Fill(Window w, uint8_t value) {
-    for (int32_t y = w.top; y < w.bottom; ++y) std::fill_n(&At(w.left, y), w.right - w.left, value);
+    for (int32_t y = w.top; y < w.bottom; ++y) std::fill_n(At(w.left, y), w.right - w.left, value);
   }
 
  private:
@@ -161,33 +155,51 @@ class Grid {
   std::vector<uint8_t> cells_;
 };
 
+// The same with rows and columns exchanged beside it, so that a column is searched as fast as a
+// row.
+struct Grid {
+  explicit Grid(Size size) : rows(size), columns({size.height, size.width}) {}
+
+  bool AnyInRow(int32_t y, int32_t left, int32_t right) { return rows.AnyInRow(y, left, right); }
+  bool AnyInColumn(int32_t x, int32_t top, int32_t bottom) {
+    return columns.AnyInRow(x, top, bottom);
+  }
+  void Fill(Window w, uint8_t value) {
+    rows.Fill(w, value);
+    columns.Fill({w.top, w.left, w.bottom, w.right}, value);
+  }
+
+  Cells rows;
+  Cells columns;
+};
+
 // As the rule has it: the first coloured pixel that is left becomes a rectangle, which grows by one
 // row or column beside which there is another, until there is none.
-Grid PlainMask(const Picture& picture) {
+Cells PlainMask(const Picture& picture) {
   const Size size{picture->Width(), picture->Height()};
   Grid coloured(size);
-  Grid covered(size);
+  Cells covered(size);
   for (int32_t y = 0; y < size.height; ++y) {
     for (int32_t x = 0; x < size.width; ++x) {
       const Rgb c = ReadPixel(picture->Layout(), picture->Row(y), x);
-      coloured.At(x, y) = c.red == c.green && c.green == c.blue ? 0 : 1;
+      if (c.red != c.green || c.green != c.blue) coloured.Fill({x, y, x + 1, y + 1}, 1);
     }
   }
   for (int32_t y = 0; y < size.height; ++y) {
     for (int32_t x = 0; x < size.width; ++x) {
-      if (coloured.At(x, y) == 0) continue;
+      if (*coloured.rows.At(x, y) == 0) continue;
       Window r{x, y, x + 1, y + 1};
       for (bool grew = true; grew;) {
         grew = false;
-        const auto grow = [&](Window beside, int32_t& side, int32_t by) {
-          if (!coloured.AnyIn(beside)) return;
+        const auto grow = [&](bool any, int32_t& side, int32_t by) {
+          if (!any) return;
           side += by;
           grew = true;
         };
-        grow({r.left, r.top - 1, r.right, r.top}, r.top, -1);
-        grow({r.left, r.bottom, r.right, r.bottom + 1}, r.bottom, 1);
-        grow({r.left - 1, r.top, r.left, r.bottom}, r.left, -1);
-        grow({r.right, r.top, r.right + 1, r.bottom}, r.right, 1);
+        grow(coloured.AnyInRow(r.top - 1, r.left, r.right), r.top, -1);
+        grow(coloured.AnyInRow(r.bottom, r.left, r.right), r.bottom, 1);
+        grow(coloured.AnyInColumn(r.left - 1, r.top, r.bottom), r.left, -1);
+        grow(coloured.AnyInColumn(r.right, r.top, r.bottom), r.right, 1);
       }
       coloured.Fill(r, 0);
       covered.Fill(r, 1);
@@ -195,8 +207,6 @@ Grid PlainMask(const Picture& picture) {
   }
   return covered;
 }
-
-constexpr Rgb kRed{200, 30, 30};
 
 // Grey, with coloured figures of all sizes.
 constexpr Rgb Figures(int32_t x, int32_t y) {
@@ -209,13 +219,15 @@ constexpr Rgb Bars(int32_t x, int32_t y) { return x % 2 == 0 ? kRed : White(x, y
 constexpr Rgb Rails(int32_t x, int32_t y) { return y % 2 == 0 ? kRed : White(x, y); }
 // One line of steps, a pixel to the right and a pixel down, and nothing else.
 constexpr Rgb Stairs(int32_t x, int32_t y) { return x == y || x == y + 1 ? kRed : White(x, y); }
+// Corners inside one another, each the lower right one of a rectangle that holds all before it.
+constexpr Rgb Corners(int32_t x, int32_t y) { return std::max(x, y) % 2 == 0 ? kRed : White(x, y); }
 
 auto RectangleMask(Content content) {
   return [content](Stage& stage, Size size) {
     const Picture picture = stage.Paint(size, content);
     const auto call = stage.Bind<Picture>("Picture", "ExtractColorRectangleMaskKRT", picture);
-    const auto expected = std::make_shared<Grid>(PlainMask(picture));
-    const auto black = [expected](int32_t x, int32_t y) { return expected->At(x, y) != 0; };
+    const auto expected = std::make_shared<Cells>(PlainMask(picture));
+    const auto black = [expected](int32_t x, int32_t y) { return *expected->At(x, y) != 0; };
     const Picture target = stage.Target(size);
     const auto wrong = [=](const Picture& mask) -> std::string {
       if (!mask) return "there is no result";
@@ -258,19 +270,25 @@ Case Make(std::string name, Limit limit, Goal goal, std::function<Work(Stage&, S
 std::vector<Case> SearchCases() {
   const std::string find = "FindPictureKRT";
   const std::string mask = "ExtractColorRectangleMaskKRT";
-  return {
-      Make(find, Limit::read, kSearchGoal, Search({Photo, Photo, true}), true),
-      Make(find + " white page", Limit::read, kWhitePageGoal, Search({White, WhiteButFirstRow}),
-           true),
-      Make(find + " stripes", Limit::read, kWhitePageGoal, Search({Stripes, StripesButOne}), false),
-      Make(find + " second row", Limit::read, {}, Search({White, WhiteButSecondRow}), false),
+  std::vector<Case> cases = {
+      Make(find, Limit::read, kSearchGoal, Search(Photo, Needle::corner), true),
+      Make(find + " white page", Limit::read, kWhitePageGoal, Search(White, Needle::almost), true),
+      Make(find + " stripes", Limit::read, {}, Search(Stripes, Needle::almost), false),
+      Make(find + " near repeats", Limit::read, {}, Search(NearRepeats, Needle::almost), false),
+      Make(find + " wide white page", Limit::read, {},
+           Search(White, Needle::almost, kHalfThePicture), false),
+      Make(find + " wide near repeats", Limit::read, {},
+           Search(NearRepeats, Needle::almost, kHalfThePicture), false),
       Make(mask, Limit::copy, kMaskGoal, RectangleMask(Figures), true),
       Make(mask + " photograph", Limit::copy, kMaskGoal, RectangleMask(Photo), false),
       Make(mask + " dots", Limit::copy, kDotsGoal, RectangleMask(Dots), true),
       Make(mask + " bars", Limit::copy, {}, RectangleMask(Bars), false),
       Make(mask + " rails", Limit::copy, {}, RectangleMask(Rails), false),
       Make(mask + " stairs", Limit::copy, {}, RectangleMask(Stairs), false),
+      Make(mask + " corners", Limit::copy, {}, RectangleMask(Corners), false),
   };
+  cases.back().largest = 16'000'000;
+  return cases;
 }
 
 }  // namespace bench
