@@ -87,7 +87,7 @@ class Tally:
 
 def spread(client, expressions, inputs, outputs, tally, progress):
     """Does every file once, a bounded number of them in flight."""
-    from distributed import as_completed
+    from distributed import CancelledError, as_completed
 
     workers = max(1, sum(client.nthreads().values()))
     running = as_completed()
@@ -118,6 +118,8 @@ def spread(client, expressions, inputs, outputs, tally, progress):
             # Waits once more where the worker was lost with the result.
             print(future.result(), end="", flush=True)
             tally.written += 1
+        except CancelledError:
+            raise Error("the scheduler was lost; the same command goes on where this one stopped") from None
         except Exception as problem:
             tally.fail(name, str(problem) or type(problem).__name__)
         future.release()

@@ -62,6 +62,7 @@ def test_a_picture_keeps_its_array():
 
 def test_an_array_keeps_its_picture():
     pixels = Picture(300, 200).InvertKRT().to_array()
+    assert pixels.base.CountColorKRT("#000000") == 300 * 200, "freed memory may still look right, so this is asked"
     part = pixels[10:20, 30:40]
     del pixels
     gc.collect()

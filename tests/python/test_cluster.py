@@ -138,6 +138,21 @@ def test_a_worker_that_is_killed_has_its_files_redone(program, three_workers, tm
     assert {path for path in after if after[path] != before[path]} == set(lost)
 
 
+def test_a_scheduler_that_is_lost_is_told(three_workers, tmp_path, environment):
+    inputs, outputs = tmp_path / "in", tmp_path / "out"
+    make_pictures(inputs, 60, 300)
+    patience = dict(environment, DASK_DISTRIBUTED__COMM__TIMEOUTS__CONNECT="2s")
+    driver = run(*EXPRESSIONS, "--input-dir", inputs, "--output-dir", outputs, "--scheduler", three_workers.address,
+                 environment=patience)
+    wait_for(lambda: any(outputs.rglob("*.png")), "the first file")
+    three_workers.scheduler.send_signal(signal.SIGKILL)
+    status, _, errors = finish(driver)
+    assert status == 1
+    assert errors.strip().splitlines()[-1].startswith("picturehost.cluster: the scheduler was lost; the same command")
+    for worker in three_workers.workers:
+        worker.wait(PATIENCE)
+
+
 def test_a_cluster_of_its_own_lists_what_fails(tmp_path, environment):
     inputs, outputs = tmp_path / "in", tmp_path / "out"
     make_pictures(inputs, 10, 20)
