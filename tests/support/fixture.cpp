@@ -35,8 +35,15 @@ void SetLoadAddress(uintptr_t address) { LoadAddressSetting() = address; }
 
 bool PluginIsBundle() { return PluginPath().extension() == ".bundle"; }
 
-MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
+namespace {
+std::unique_ptr<MachoBundle>& LastBundle() {
   static std::unique_ptr<MachoBundle> bundle;
+  return bundle;
+}
+}  // namespace
+
+MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
+  std::unique_ptr<MachoBundle>& bundle = LastBundle();
   bundle.reset();
   const auto import = [&](std::string_view library, std::string_view symbol) {
     return MacImport(host.Resolver(), library, symbol);
@@ -47,6 +54,8 @@ MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
   host.StartPlugin(reinterpret_cast<void (*)(REALresolver)>(pluginMain));
   return *bundle;
 }
+
+MachoBundle& LoadedBundle() { return *LastBundle(); }
 
 const Internals* LoadInternals(host::Host& host) {
   using Table = const Internals* (*)();
@@ -59,6 +68,26 @@ const Internals* LoadInternals(host::Host& host) {
   auto table = reinterpret_cast<Table>(dlsym(library, "PictureInternals"));
   dlclose(library);
   return table();
+}
+
+MemoryCalls& MemoryCallsOf(const Internals* internals) {
+  return internals->memory != nullptr ? *internals->memory : MemoryCallsOfBundles();
+}
+
+int64_t LoadInternalsWithoutMemory(host::Host& host, int64_t failing) {
+  using Table = const Internals* (*)();
+  if (PluginIsBundle()) {
+    MemoryCallsOfBundles().FailNth(failing);
+    LoadInternals(host);
+    return std::exchange(MemoryCallsOfBundles(), {}).made;
+  }
+  // Opened once before the host does, so that it starts with the fault in place.
+  void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_LOCAL);
+  MemoryCalls& memory = *reinterpret_cast<Table>(dlsym(library, "PictureInternals"))()->memory;
+  memory.FailNth(failing);
+  host.LoadPlugin(PICTURE_INTERNALS);
+  dlclose(library);
+  return std::exchange(memory, {}).made;
 }
 
 void LoadPluginUnderTest(host::Host& host) {

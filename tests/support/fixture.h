@@ -34,8 +34,17 @@ void SetLoadAddress(uintptr_t address);
 // is as fresh for each host as a library is that the host unloads.
 MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path);
 
+// The one that was loaded last.
+MachoBundle& LoadedBundle();
+
 // Loads PictureInternals into a host.
 const Internals* LoadInternals(host::Host& host);
+
+// The memory functions of the plug-in whose internals these are.
+MemoryCalls& MemoryCallsOf(const Internals* internals);
+// Loads PictureInternals as LoadInternals does, with the n-th call of malloc or calloc failing that
+// its start makes, 0 for none. Returns how many it makes.
+int64_t LoadInternalsWithoutMemory(host::Host& host, int64_t failing);
 
 // Loads the plug-in under test into a host.
 void LoadPluginUnderTest(host::Host& host);

@@ -16,6 +16,26 @@
 // There is no operator new here either: editors are built in memory from malloc.
 inline void* operator new(size_t, void* place) noexcept { return place; }
 
+#ifndef __APPLE__
+// The linker leads every call of malloc and calloc in this library here.
+static support::MemoryCalls gMemoryCalls;
+static support::MemoryCalls* const kMemoryCalls = &gMemoryCalls;
+
+extern "C" {
+void* __real_malloc(size_t size);
+void* __real_calloc(size_t count, size_t size);
+void* __wrap_malloc(size_t size);
+void* __wrap_calloc(size_t count, size_t size);
+
+void* __wrap_malloc(size_t size) { return gMemoryCalls.Enter() ? __real_malloc(size) : nullptr; }
+void* __wrap_calloc(size_t count, size_t size) {
+  return gMemoryCalls.Enter() ? __real_calloc(count, size) : nullptr;
+}
+}
+#else
+static support::MemoryCalls* const kMemoryCalls = nullptr;
+#endif
+
 namespace {
 
 template <class Editor>
@@ -113,6 +133,7 @@ const support::Internals kInternals = {
       gOutLineColorB = outline[2];
       DrawWuLine(*writer, x0, y0, x1, y1);
     },
+    kMemoryCalls,
 };
 
 }  // namespace

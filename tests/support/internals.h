@@ -8,6 +8,7 @@
 #include "pixels/editor.h"
 #include "pixels/instruction_set.h"
 #include "plugin/binding/records.h"
+#include "tests/support/memory_calls.h"
 
 namespace support {
 
@@ -48,6 +49,9 @@ struct Internals {
   // A line in the outline colour given.
   void (*drawWuLine)(PictureWriter*, const int32_t outline[3], int32_t x0, int32_t y0, int32_t x1,
                      int32_t y1);
+
+  // Null in a bundle, which imports its memory functions.
+  MemoryCalls* memory;
 };
 
 }  // namespace support

@@ -66,6 +66,13 @@ void Repeat16Bytes(void* bytes, const void* pattern, size_t count) {
   }
 }
 
+void* CountedMalloc(size_t size) {
+  return MemoryCallsOfBundles().Enter() ? std::malloc(size) : nullptr;
+}
+void* CountedCalloc(size_t count, size_t size) {
+  return MemoryCallsOfBundles().Enter() ? std::calloc(count, size) : nullptr;
+}
+
 // What stands in for a function that the host doesn't have.
 uintptr_t Nothing() { return 0; }
 int16_t FolderNotFound() { return -43; }
@@ -84,9 +91,9 @@ struct Import {
 
 const Import kImports[] = {
     {kSystem, "___bzero", Address(ZeroBytes)},
-    {kSystem, "_calloc", Address(std::calloc)},
+    {kSystem, "_calloc", Address(CountedCalloc)},
     {kSystem, "_free", Address(std::free)},
-    {kSystem, "_malloc", Address(std::malloc)},
+    {kSystem, "_malloc", Address(CountedMalloc)},
     {kSystem, "_memcpy", Address(std::memcpy)},
     {kSystem, "_memmove", Address(std::memmove)},
     {kSystem, "_memset", Address(std::memset)},
@@ -109,6 +116,11 @@ const Import kImports[] = {
 };
 
 }  // namespace
+
+MemoryCalls& MemoryCallsOfBundles() {
+  static MemoryCalls calls;
+  return calls;
+}
 
 void* MacImport(REALresolver resolver, std::string_view library, std::string_view symbol) {
   gHostResolver = resolver;

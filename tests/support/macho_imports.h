@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "plugin/binding/records.h"
+#include "tests/support/memory_calls.h"
 
 namespace support {
 
@@ -13,5 +14,8 @@ namespace support {
 // What it doesn't find is a function that fails: a bundle whose imports are missing wouldn't be
 // loaded.
 void* MacImport(REALresolver resolver, std::string_view library, std::string_view symbol);
+
+// The calls of the malloc and calloc that bundles are given.
+MemoryCalls& MemoryCallsOfBundles();
 
 }  // namespace support

@@ -231,6 +231,15 @@ void MachoBundle::Protect() {
   }
 }
 
+std::span<uint8_t> MachoBundle::Zeroed() const {
+  std::span<uint8_t> zeroed;
+  for (const Segment& segment : segments) {
+    if ((segment.protection & 2) == 0 || segment.size <= segment.fileSize) continue;
+    zeroed = {memory + segment.address + segment.fileSize, segment.size - segment.fileSize};
+  }
+  return zeroed;
+}
+
 // The exports are a tree: a node has what its name stands for, if anything, and branches labelled
 // with what the longer names go on with.
 void* MachoBundle::Find(std::string_view symbol) const {

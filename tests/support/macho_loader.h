@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,10 @@ class MachoBundle {
 
   // What the bundle exports as `symbol`, with its leading underscore; null when it doesn't.
   void* Find(std::string_view symbol) const;
+
+  // The memory of its last writable segment that loading fills with zeros: the variables that start
+  // so.
+  std::span<uint8_t> Zeroed() const;
 
  private:
   // As in the load command; addresses are those that the bundle was linked for.

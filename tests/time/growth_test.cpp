@@ -1,0 +1,141 @@
+// Twice the pixels take about twice the time, also of the pictures that are worst for a search or
+// a mask. `Growth` prints what it measures.
+#include <functional>
+#include <iomanip>
+#include <iostream>
+
+#include "tests/support/fixture.h"
+#include "tests/time/stopwatch.h"
+
+namespace {
+
+using support::PictureRef;
+using support::Rgb;
+
+// Twice the pixels may take this many times as long. What grows with the square takes four times.
+constexpr double kMostGrowth = 3.0;
+
+class Growth : public support::PluginTest {
+ protected:
+  using Paint = std::function<Rgb(int32_t x, int32_t y)>;
+
+  PictureRef Make(int32_t width, int32_t height, const Paint& paint) {
+    const PictureRef picture = Host().NewPicture(width, height);
+    for (int32_t y = 0; y < height; ++y) {
+      for (int32_t x = 0; x < width; ++x) support::Put(picture, x, y, paint(x, y));
+    }
+    return picture;
+  }
+
+  // `prepare(scale)` makes what is needed for so many times the pixels and gives the call. A
+  // measurement that something else came into is made again.
+  void ExpectLinear(const std::string& what,
+                    const std::function<std::function<void()>(int32_t scale)>& prepare) {
+    const std::function<void()> once = prepare(1);
+    const std::function<void()> twice = prepare(2);
+    double growth = 0;
+    for (int attempt = 0; attempt < 4; ++attempt) {
+      const double single = timing::Shortest(once, 7);
+      const double both = timing::Shortest(twice, 7);
+      growth = both / single;
+      if (growth > kMostGrowth) continue;
+      std::cout << std::fixed << std::setprecision(3) << what << ": " << single * 1e3 << " ms, "
+                << both * 1e3 << " ms for twice the pixels\n";
+      return;
+    }
+    ADD_FAILURE() << what << ": twice the pixels take " << growth << " times as long";
+  }
+};
+
+constexpr Rgb kGrey = {90, 90, 90};
+constexpr Rgb kLastPixel = {91, 90, 90};
+
+// Everything matches but the last pixel of the needle.
+TEST_F(Growth, SearchInOneColour) {
+  const auto grey = [](int32_t, int32_t) { return kGrey; };
+  constexpr int32_t kNeedle = 8;
+  const PictureRef needle = Make(kNeedle, kNeedle, [](int32_t x, int32_t y) {
+    return x == kNeedle - 1 && y == kNeedle - 1 ? kLastPixel : kGrey;
+  });
+  ExpectLinear("search in one colour, needle of 8 x 8", [&](int32_t scale) {
+    const PictureRef haystack = Make(200, 200 * scale, grey);
+    return [this, haystack, needle] {
+      int32_t x = 0;
+      int32_t y = 0;
+      EXPECT_FALSE(Call<bool>("FindPictureKRT", haystack, needle, &x, &y));
+    };
+  });
+  // A row as long as half of the picture's: what matched once isn't compared again at each column.
+  ExpectLinear("search in one colour, needle of one long row", [&](int32_t scale) {
+    const int32_t length = 1000 * scale;
+    const PictureRef haystack = Make(2 * length, 40, grey);
+    const PictureRef row =
+        Make(length, 1, [=](int32_t x, int32_t) { return x == length - 1 ? kLastPixel : kGrey; });
+    return [this, haystack, row] {
+      int32_t x = 0;
+      int32_t y = 0;
+      EXPECT_FALSE(Call<bool>("FindPictureKRT", haystack, row, &x, &y));
+    };
+  });
+}
+
+TEST_F(Growth, MaskOfManyRectangles) {
+  const Rgb red = {255, 0, 0};
+  const struct {
+    const char* name;
+    Paint paint;
+  } kPictures[] = {
+      {"mask over a checkerboard",
+       [=](int32_t x, int32_t y) { return (x + y) % 2 == 0 ? red : kGrey; }},
+      {"mask over single coloured pixels",
+       [=](int32_t x, int32_t y) { return x % 3 == 0 && y % 3 == 0 ? red : kGrey; }},
+      {"mask over coloured columns", [=](int32_t x, int32_t) { return x % 2 == 0 ? red : kGrey; }},
+      {"mask over coloured rows", [=](int32_t, int32_t y) { return y % 2 == 0 ? red : kGrey; }},
+      {"mask over stairs",  // one rectangle, which grows by a row and a column at a time
+       [=](int32_t x, int32_t y) { return x == y || x == y + 1 ? red : kGrey; }},
+      {"mask over combs",
+       [=](int32_t x, int32_t y) { return x % 2 == 0 || y % 16 == 15 ? red : kGrey; }},
+      {"mask over a coloured picture", [=](int32_t, int32_t) { return red; }},
+  };
+  for (const auto& picture : kPictures) {
+    ExpectLinear(picture.name, [&](int32_t scale) {
+      const PictureRef source = Make(400, 400 * scale, picture.paint);
+      return
+          [this, source] { EXPECT_TRUE(Call<PictureRef>("ExtractColorRectangleMaskKRT", source)); };
+    });
+  }
+}
+
+TEST_F(Growth, ScrollingCountingAndStrings) {
+  support::Random random;
+  const auto noise = [&](int32_t scale) {
+    const PictureRef picture = Host().NewPicture(500, 500 * scale);
+    support::FillWithNoise(picture, random);
+    return picture;
+  };
+  ExpectLinear("vertical scroll", [&](int32_t scale) {
+    // No two rows change places, so that there is one chain of them.
+    const PictureRef picture = noise(scale);
+    return [this, picture, scale] {
+      EXPECT_TRUE(Call<bool>("ScrollVerticalKRT", picture, 249 * scale, true, false));
+    };
+  });
+  ExpectLinear("horizontal scroll", [&](int32_t scale) {
+    const PictureRef picture = noise(scale);
+    return [this, picture] {
+      EXPECT_TRUE(Call<bool>("ScrollHorizontalKRT", picture, 249, true, false));
+    };
+  });
+  ExpectLinear("counting a colour", [&](int32_t scale) {
+    const PictureRef picture = noise(scale);
+    return [this, picture] { Call<int32_t>("CountColorKRT", picture, 0x123456); };
+  });
+  ExpectLinear("a picture as a string", [&](int32_t scale) {
+    const PictureRef picture = noise(scale);
+    return [this, picture] {
+      EXPECT_TRUE(CallGlobal<host::Ref<host::String>>("PicturetoBinaryStringKRT", picture));
+    };
+  });
+}
+
+}  // namespace
