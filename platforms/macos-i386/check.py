@@ -9,34 +9,16 @@ that a loader has to correct, and they must be the ones that the bundle says it 
 bundle is deleted, so that a build can't go on with it.
 """
 import os
-import re
+import pathlib
 import struct
-import subprocess
 import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+from bundle_tables import check, check_interface, problems, rows
 
 FORBIDDEN_SECTIONS = ("__mod_init_func", "__mod_term_func", "__stubs", "__stub_helper",
                       "__symbol_stub", "__la_symbol_ptr", "__nl_symbol_ptr", "__pointers")
-# In every image that this linker makes, and bound in none that has no lazy bindings.
-NAMED_BY_LINKER = {"dyld_stub_binder"}
 ZERO_FILL = 1
-
-problems = []
-
-
-def check(holds, message):
-    if not holds:
-        problems.append(message)
-
-
-def objdump(path, *options):
-    command = ["llvm-objdump-14", "--macho", *options, path]
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
-
-
-def rows(path, table):
-    """The lines of one of dyld's tables, as lists of columns."""
-    lines = objdump(path, f"--{table}").splitlines()
-    return [line.split() for line in lines if re.search(r"\b0x[0-9A-F]{8}\b", line)]
 
 
 class Image:
@@ -44,7 +26,7 @@ class Image:
 
     def __init__(self, path):
         self.bytes = open(path, "rb").read()
-        self.segments, self.sections, self.libraries = {}, {}, []
+        self.segments, self.sections = {}, {}
         magic, _, _, self.kind, count, _, self.flags = struct.unpack_from("<7I", self.bytes)
         check(magic == 0xFEEDFACE, "not a 32-bit image")
         at = 28
@@ -54,9 +36,6 @@ class Image:
                 self.read_segment(at)
             elif command == 0xB:  # LC_DYSYMTAB
                 self.relocations = struct.unpack_from("<4I", self.bytes, at + 64)
-            elif command & 0x7FFFFFFF in (0xC, 0x18, 0x1F):  # a library, weak or re-exported too
-                start = at + struct.unpack_from("<I", self.bytes, at + 8)[0]
-                self.libraries.append(self.bytes[start:at + size].split(b"\0")[0].decode())
             at += size
 
     def read_segment(self, at):
@@ -66,31 +45,6 @@ class Image:
         for at in range(at + 56, at + 56 + 68 * count, 68):
             section = self.bytes[at:at + 16].rstrip(b"\0").decode()
             self.sections[section] = (name, *struct.unpack_from("<7I", self.bytes, at + 32))
-
-
-def check_interface(path, image, exports, libraries):
-    """The exports, and each import from the library that has it."""
-    exported = {line.split()[1] for line in objdump(path, "--exports-trie").splitlines()
-                if line.startswith("0x")}
-    check(exported == exports, f"exports {sorted(exported)}")
-
-    names = {re.search(r"install-name:\s*'([^']+)'", text)[1]: set(re.findall(r"\b_\w+", text))
-             for text in libraries}
-    check(sorted(image.libraries) == sorted(names), f"loads {image.libraries}")
-    short = {name.rsplit("/", 1)[1].split(".")[0]: symbols for name, symbols in names.items()}
-    permitted = {(name, symbol) for name, symbols in short.items() for symbol in symbols}
-    bound = set()
-    for _, _, address, kind, addend, library, symbol, *more in rows(path, "bind"):
-        check(kind == "pointer" and addend == "0" and not more, f"odd binding at {address}")
-        bound.add((library, symbol))
-    check(bound <= permitted, f"imports {sorted(bound - permitted)}")
-    # Which of the C library's functions are called is the compiler's choice.
-    unused = {(library, symbol) for library, symbol in permitted - bound if library != "libSystem"}
-    check(not unused, f"doesn't use {sorted(unused)}, which are listed")
-    undefined = set(subprocess.run(["llvm-nm-14", "-uj", path], check=True, capture_output=True,
-                                   text=True).stdout.split())
-    check(undefined - NAMED_BY_LINKER == {symbol for _, symbol in bound}, "symbols left undefined")
-    check(not rows(path, "lazy-bind") and not rows(path, "weak-bind"), "lazy or weak bindings")
 
 
 def check_addresses(path, image, moved):
@@ -129,8 +83,9 @@ def main():
     path, moved, _, exports, *libraries = sys.argv[1:]
     image = Image(path)
     check_sections(image)
-    check_interface(path, image, set(open(exports).read().split()),
+    check_interface(path, set(open(exports).read().split()),
                     [open(library).read() for library in libraries])
+    check(not rows(path, "lazy-bind"), "lazy bindings")
     check_addresses(path, image, Image(moved))
     for problem in problems:
         print(f"{os.path.basename(path)}: {problem}", file=sys.stderr)

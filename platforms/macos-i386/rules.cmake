@@ -8,7 +8,7 @@ set(PICTURE_PLATFORM_SOURCES ${here}/division.cpp)
 
 # What everything has to be made anew for.
 set(PICTURE_OBJECT_DEPENDS ${here}/assemble.py ${libraries})
-set(PICTURE_LINK_DEPENDS ${here}/check.py ${here}/rules.cmake)
+set(PICTURE_LINK_DEPENDS ${here}/check.py ${here}/../bundle_tables.py ${here}/rules.cmake)
 
 list(JOIN libraries " " libraries)
 set(CMAKE_CXX_COMPILE_OBJECT

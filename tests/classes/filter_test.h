@@ -65,8 +65,8 @@ class FilterTest : public PluginTest {
   }
   PictureRef Destination(const Filter& filter) { return GetPicture(filter, "DestinationPicture"); }
 
-  bool Run(const Filter& filter) { return Host().Call<bool>(Find(className, "Run", 0), filter); }
-  void Close(const Filter& filter) { Host().Call(Find(className, "Close", 0), filter); }
+  bool Run(const Filter& filter) { return CallStoring<bool>("Run", filter); }
+  void Close(const Filter& filter) { CallStoring("Close", filter); }
 
   PictureRef Noise(int32_t width, int32_t height, const host::PictureLayout& layout,
                    Random& random) {

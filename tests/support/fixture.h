@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "host/host.h"
+#include "tests/support/called_methods.h"
 #include "tests/support/internals.h"
 #include "tests/support/macho_loader.h"
 #include "tests/support/pictures.h"
@@ -81,10 +82,24 @@ class PluginTest : public ::testing::Test {
     return Balanced<R>(Find(self->ClassName(), nameOrDeclaration, sizeof...(A)), self,
                        arguments...);
   }
-  // A call whose balance isn't looked at before the test ends: it stores objects for its caller.
+  // A call whose balance isn't looked at before the test ends: it stores objects for its caller or
+  // in its object.
   template <class R = void, class... A>
   R CallStoring(std::string_view nameOrDeclaration, const PictureRef& self, const A&... arguments) {
-    return Host().Call<R>(Find("Picture", nameOrDeclaration, sizeof...(A)), self, arguments...);
+    return Unwatched<R>(Find("Picture", nameOrDeclaration, sizeof...(A)), self, arguments...);
+  }
+  template <class R = void, class... A>
+  R CallStoring(std::string_view nameOrDeclaration, const host::Ref<host::Instance>& self,
+                const A&... arguments) {
+    return Unwatched<R>(Find(self->ClassName(), nameOrDeclaration, sizeof...(A)), self,
+                        arguments...);
+  }
+  // Assigns to a get/set pair: the object, the arguments, the value. The balance isn't looked at
+  // before the test ends.
+  template <class... A>
+  void Assign(const host::Callable& pair, const A&... arguments) {
+    NoteAssignment(pair);
+    Host().CallSetter(pair, arguments...);
   }
 
   const host::Callable& Find(std::string_view className, std::string_view nameOrDeclaration,
@@ -101,7 +116,13 @@ class PluginTest : public ::testing::Test {
 
  private:
   template <class R, class... A>
+  R Unwatched(const host::Callable& callable, const A&... arguments) {
+    NoteCall(callable);
+    return Host().Call<R>(callable, arguments...);
+  }
+  template <class R, class... A>
   R Balanced(const host::Callable& callable, const A&... arguments) {
+    NoteCall(callable);
     const host::Snapshot before = Host().census.Take();
     if constexpr (std::is_void_v<R>) {
       Host().Call<R>(callable, arguments...);

@@ -1,5 +1,6 @@
-// The tests' own options: --plugin=PATH, --load-address=ADDRESS, --seed=N and
-// --instruction-set=baseline|avx2|avx512.
+// The tests' own options: --plugin=PATH, --load-address=ADDRESS, --seed=N,
+// --instruction-set=baseline|avx2|avx512, and --every-method, with which a run fails that leaves
+// out a method that the plug-in registers.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -60,6 +61,8 @@ int main(int argc, char** argv) {
       support::SetLoadAddress(std::strtoul(argv[i] + 15, nullptr, 0));
     } else if (argument.starts_with("--seed=")) {
       support::SetSeed(std::strtoull(argv[i] + 7, nullptr, 10));
+    } else if (argument == "--every-method") {
+      support::RequireEveryMethod();
     } else if (argument.starts_with("--instruction-set=") &&
                support::UseInstructionSet(argument.substr(18))) {
     } else {
