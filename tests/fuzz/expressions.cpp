@@ -12,7 +12,7 @@ std::string Spelt(const runner::Expression& expression) {
     return SpeltConstant(*literal);
   const auto& call = std::get<runner::Call>(expression.content);
   std::string text;
-  if (call.target != nullptr) text = Spelt(*call.target) + ".";
+  if (call.target != nullptr) text = Spelt(*call.target) + " .";  // a number would take the dot
   text += call.name;
   if (!call.hasParentheses) return text;
   text += '(';
