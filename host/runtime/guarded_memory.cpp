@@ -21,11 +21,13 @@ constexpr uint8_t kGuardByte = 0xC3;
 
 constexpr size_t RoundedUp(size_t size, size_t step) { return (size + step - 1) / step * step; }
 
-// Blocks from kLarge on lie in huge pages where the system has them, and are kept for the next
-// picture when they are returned: most of the time of a large picture would go into faults of its
-// pages otherwise.
+// Blocks from kLarge on are kept for the next picture when they are returned, and lie in huge pages
+// if they are large enough and the system has them: most of the time of a large picture would go
+// into faults of its pages otherwise.
+constexpr size_t kPage = 4096;
 constexpr size_t kHugePage = size_t{2} << 20;
-constexpr size_t kLarge = 2 * kHugePage;
+constexpr size_t kLarge = size_t{128} << 10;
+constexpr size_t kInHugePages = 2 * kHugePage;
 
 // Returned blocks, the latest last.
 class KeptBlocks {
@@ -49,10 +51,11 @@ class KeptBlocks {
       *taken = found.size;
       return found.memory;
     }
-    *taken = RoundedUp(size, kHugePage);
-    void* memory = std::aligned_alloc(kHugePage, *taken);
+    const size_t page = size < kInHugePages ? kPage : kHugePage;
+    *taken = RoundedUp(size, page);
+    void* memory = std::aligned_alloc(page, *taken);
     // Advice: where it isn't taken, pages are small.
-    if (memory != nullptr) (void)madvise(memory, *taken, MADV_HUGEPAGE);
+    if (page == kHugePage && memory != nullptr) (void)madvise(memory, *taken, MADV_HUGEPAGE);
     return memory;
   }
 

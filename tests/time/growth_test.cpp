@@ -50,13 +50,24 @@ class Growth : public support::PluginTest {
 constexpr Rgb kGrey = {90, 90, 90};
 constexpr Rgb kLastPixel = {91, 90, 90};
 
-// Everything matches but the last pixel of the needle.
 TEST_F(Growth, SearchInOneColour) {
   const auto grey = [](int32_t, int32_t) { return kGrey; };
   constexpr int32_t kNeedle = 8;
-  const PictureRef needle = Make(kNeedle, kNeedle, [](int32_t x, int32_t y) {
-    return x == kNeedle - 1 && y == kNeedle - 1 ? kLastPixel : kGrey;
-  });
+  const auto differingAt = [&](int32_t row) {
+    return Make(kNeedle, kNeedle, [=](int32_t x, int32_t y) {
+      return x == kNeedle - 1 && y == row ? kLastPixel : kGrey;
+    });
+  };
+  // Everything matches but the last pixel of the needle. What is compared next begins with the row
+  // after that one, which is row 0 again, and so on: found one column further on.
+  int32_t foundX = -1;
+  int32_t foundY = -1;
+  const PictureRef near = differingAt(kNeedle - 1);
+  EXPECT_TRUE(Call<bool>("FindPictureKRT", Make(200, 200, grey), near, &foundX, &foundY));
+  EXPECT_EQ(foundX, 1);
+  EXPECT_EQ(foundY, 0);
+
+  const PictureRef needle = differingAt(0);
   ExpectLinear("search in one colour, needle of 8 x 8", [&](int32_t scale) {
     const PictureRef haystack = Make(200, 200 * scale, grey);
     return [this, haystack, needle] {
@@ -109,7 +120,7 @@ TEST_F(Growth, MaskOfManyRectangles) {
 TEST_F(Growth, ScrollingCountingAndStrings) {
   support::Random random;
   const auto noise = [&](int32_t scale) {
-    const PictureRef picture = Host().NewPicture(500, 500 * scale);
+    const PictureRef picture = Host().NewPicture(250, 250 * scale);
     support::FillWithNoise(picture, random);
     return picture;
   };
@@ -117,13 +128,13 @@ TEST_F(Growth, ScrollingCountingAndStrings) {
     // No two rows change places, so that there is one chain of them.
     const PictureRef picture = noise(scale);
     return [this, picture, scale] {
-      EXPECT_TRUE(Call<bool>("ScrollVerticalKRT", picture, 249 * scale, true, false));
+      EXPECT_TRUE(Call<bool>("ScrollVerticalKRT", picture, 123 * scale, true, false));
     };
   });
   ExpectLinear("horizontal scroll", [&](int32_t scale) {
     const PictureRef picture = noise(scale);
     return [this, picture] {
-      EXPECT_TRUE(Call<bool>("ScrollHorizontalKRT", picture, 249, true, false));
+      EXPECT_TRUE(Call<bool>("ScrollHorizontalKRT", picture, 123, true, false));
     };
   });
   ExpectLinear("counting a colour", [&](int32_t scale) {
