@@ -21,7 +21,7 @@ for test in listing["tests"]:
     program = program.rsplit("/", 1)[-1]
     if program not in runs:
         continue
-    chosen = dict(option.split("=", 1) for option in options)
+    chosen = dict(option.split("=", 1) for option in options if "=" in option)
     if "--plugin" in chosen:
         assert chosen["--plugin"] == bundle, test
     address = chosen.get("--load-address")
