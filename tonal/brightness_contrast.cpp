@@ -170,7 +170,7 @@ REALpicture ContrastLinBrightnessPicture1(REALpicture picture, double contrast, 
 // Numbers so small that processors take twenty times as long for them change no result: what they
 // add lies beyond the last bit, or is less than 1 by far.
 constexpr double WithoutSubnormal(double value) {
-  constexpr double kLeast = std::numeric_limits<double>::min();
+  constexpr double kLeast = 0x1p-1022;  // the least normal number
   return value > -kLeast && value < kLeast ? 0.0 : value;
 }
 
