@@ -100,23 +100,23 @@ class FilterTest : public PluginTest {
     EXPECT_EQ(source->DescriptionLocks(), 0);
   }
 
-  // Bounds of every kind for pictures of some 100 by 60 pixels.
+  // Bounds of every kind for pictures of 25 by 15 pixels.
   static std::vector<Bounds> ManyBounds(Random& random) {
     std::vector<Bounds> many = {
         {},
-        {10, 0, 50, 0},
-        {0, 10, 0, 30},
-        {10, 10, 50, 30},
-        {10, 5, 0, 0},
-        {0, 0, 99, 59},
-        {0, 0, 100, 60},
-        {0, 0, 101, 61},
-        {50, 30, 50, 30},
-        {51, 31, 50, 30},
-        {100, 0, 0, 0},
-        {0, 60, 0, 0},
+        {4, 0, 20, 0},
+        {0, 4, 0, 10},
+        {4, 4, 20, 10},
+        {4, 2, 0, 0},
+        {0, 0, 24, 14},
+        {0, 0, 25, 15},
+        {0, 0, 26, 16},
+        {12, 8, 12, 8},
+        {13, 9, 12, 8},
+        {25, 0, 0, 0},
+        {0, 15, 0, 0},
         {-1, -1, 0, 0},
-        {-10, -20, 50, 30},
+        {-3, -4, 12, 8},
         {-10, -20, -5, -3},
         {kLeast, kLeast, 0, 0},
         {kLeast, kLeast, kMost, kMost},
@@ -127,8 +127,8 @@ class FilterTest : public PluginTest {
         {0, kMost, 0, kLeast},
     };
     for (int i = 0; i < 40; ++i) {
-      many.push_back({random.Between(-20, 120), random.Between(-20, 80), random.Between(-20, 120),
-                      random.Between(-20, 80)});
+      many.push_back({random.Between(-5, 30), random.Between(-5, 20), random.Between(-5, 30),
+                      random.Between(-5, 20)});
     }
     return many;
   }

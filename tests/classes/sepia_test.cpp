@@ -98,7 +98,7 @@ TEST_F(Sepia, FollowsTheRuleForAnyFactorsAndOffsets) {
     ExpectTones(source, {0.299, 0.587, factor, 1, 2, 3});
     ExpectTones(source, {factor, factor, factor, 0, kLeast, kMost});
   }
-  for (int i = 0; i < 200; ++i) {
+  for (int i = 0; i < 60; ++i) {
     const double reach = std::pow(10.0, random.Real(-1, 7));
     const auto offset = [&] {
       return random.OneIn(4) ? static_cast<int32_t>(random.Bits()) : random.Between(-300, 300);
@@ -116,7 +116,7 @@ TEST_F(Sepia, BoundsSayHowManyPixelsAndNotWhere) {
     Start(settings);
     const host::PictureLayout layout =
         application == host::Application::kDesktop ? settings.opaqueLayout : settings.consoleLayout;
-    const PictureRef source = Noise(100, 60, layout, random);
+    const PictureRef source = Noise(25, 15, layout, random);
     for (const Bounds& bounds : ManyBounds(random)) ExpectTones(source, {}, bounds);
   }
 }
