@@ -42,7 +42,7 @@ Ref<T> Made(T* object) {
 
 }  // namespace
 
-Host::Host(Settings hostSettings) : settings(std::move(hostSettings)) {
+Host::Host(const Settings& hostSettings) : settings(hostSettings) {
   if (runtime::CurrentState() != nullptr) throw Error("a host lives already; end it first");
   state = std::make_unique<runtime::HostState>(*this);
   runtime::SetCurrentState(state.get());

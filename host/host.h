@@ -59,7 +59,7 @@ struct Settings {
 class Host {
  public:
   // Throws Error while another host lives.
-  explicit Host(Settings hostSettings = {});
+  explicit Host(const Settings& hostSettings = {});
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;

@@ -30,7 +30,7 @@ Instance* Instance::Make(const RegisteredClass& registeredClass) {
   void* memory = std::calloc(1, end + kGuard);
   if (memory == nullptr) return nullptr;
   std::fill_n(static_cast<uint8_t*>(memory) + end, kGuard, kGuardByte);
-  Instance* instance = ::new (memory) Instance;
+  Instance* instance = new (memory) Instance();
   instance->registered = &registeredClass;
   instance->exception.className = registeredClass.name;
   return instance;
@@ -39,7 +39,7 @@ Instance* Instance::Make(const RegisteredClass& registeredClass) {
 Instance* Instance::MakeException(std::string className) {
   void* memory = std::calloc(1, sizeof(Instance));
   if (memory == nullptr) return nullptr;
-  Instance* instance = ::new (memory) Instance;
+  Instance* instance = new (memory) Instance();
   instance->exception.className = std::move(className);
   return instance;
 }

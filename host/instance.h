@@ -40,7 +40,8 @@ class Instance final : public Object {
   // Made by Host::New and Host::NewBare. Null when there isn't enough memory.
   static Instance* Make(const RegisteredClass& registeredClass);
   static Instance* MakeException(std::string className);
-  static void operator delete(void* memory);
+  // Make puts instances into memory of its own.
+  static void operator delete(void* memory);  // NOLINT(misc-new-delete-overloads)
 
  private:
   Instance() : Object(Kind::kInstance) {}

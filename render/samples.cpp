@@ -86,6 +86,7 @@ void PaintBars(const PictureWriter& writer, int32_t height, const Curves& curves
 template <class Draw>
 void FollowCurves(const Curves& curves, const Draw& draw) {
   int32_t x = 0;
+  // cppcheck-suppress duplicateAssignExpression ; two curves from one point
   int32_t lower = curves.middle;
   int32_t upper = curves.middle;
   for (int32_t column = 0; column < curves.count; ++column) {
@@ -140,8 +141,10 @@ REALpicture RenderSamples(REALmemoryBlock samples, int32_t sampleCount, int32_t 
   const size_t count = static_cast<size_t>(width);
   const Buffer memory = Buffer::Zeroed(count * 2 * (sizeof(double) + sizeof(int32_t)));
   if (!memory) return nullptr;
+  // cppcheck-suppress invalidPointerCast ; memory as malloc aligns it, used for nothing else
   double* lower = reinterpret_cast<double*>(memory.bytes());
   double* upper = lower + count;
+  // cppcheck-suppress invalidPointerCast ; the rest of it
   int32_t* lowerRows = reinterpret_cast<int32_t*>(upper + count);
   int32_t* upperRows = lowerRows + count;
 

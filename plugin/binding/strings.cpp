@@ -44,6 +44,7 @@ bool CopyStoredBytes(REALstring string, uint32_t encoding, REALstringData* out) 
   memcpy(copy, text, size);
   memset(copy + size, 0, 4);
   *out = {copy, length, encoding};
+  // cppcheck-suppress memleak ; *out has it now
   return true;
 }
 
