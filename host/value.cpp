@@ -35,7 +35,7 @@ bool IsObject(Type type) {
 }
 
 std::string Number(double value) {
-  std::array<char, 32> text;
+  std::array<char, 32> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
   return {text.data(), end};
 }

@@ -30,8 +30,8 @@ constexpr std::array<Format, 7> kFormats = {{{".png", "png"},
 // Colour and alpha of a picture, row by row.
 class RowSource {
  public:
-  explicit RowSource(const host::Picture& source) : picture(source), mask(source.Mask()) {
-    width = static_cast<size_t>(picture.Width());
+  explicit RowSource(const host::Picture& source)
+      : picture(source), mask(source.Mask()), width(static_cast<size_t>(source.Width())) {
     if (!IsKnown(picture.Layout())) whole = picture.ToRgba();
     if (mask) maskRow.resize(width * 3);
   }
@@ -55,7 +55,7 @@ class RowSource {
  private:
   const host::Picture& picture;
   host::Ref<host::Picture> mask;
-  size_t width = 0;
+  size_t width;
   std::vector<uint8_t> whole;  // layouts that only the host itself knows
   std::vector<uint8_t> maskRow;
 };

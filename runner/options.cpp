@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "runner/commands.h"
@@ -16,10 +16,10 @@
 namespace runner {
 namespace {
 
-const std::map<std::string, host::Application> kApplications = {
-    {"desktop", host::Application::kDesktop},
-    {"console", host::Application::kConsole},
-    {"web", host::Application::kWeb}};
+host::Application ApplicationCalled(std::string_view kind) {
+  if (kind == "console") return host::Application::kConsole;
+  return kind == "web" ? host::Application::kWeb : host::Application::kDesktop;
+}
 
 // What the command line holds before it is made sense of.
 struct Raw {
@@ -179,7 +179,7 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
 
   Options& options = raw.options;
   options.plugin = raw.plugin;
-  options.application = kApplications.at(raw.application);
+  options.application = ApplicationCalled(raw.application);
   options.pixelLimit = static_cast<uint64_t>(std::llround(raw.pixelLimit * 1e6));
   const bool rows = options.layout == "rows";
   if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))

@@ -72,12 +72,12 @@ static bool BindLockPictureDescription(uint8_t (**entry)(REALpicture, REALpictur
 }
 
 bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description) {
-  uint8_t (*lock)(REALpicture, REALpictureDescription*);
+  uint8_t (*lock)(REALpicture, REALpictureDescription*) = nullptr;
   return BindLockPictureDescription(&lock) && lock(picture, description) != 0;
 }
 
 bool HasLockPictureDescription() {
-  uint8_t (*lock)(REALpicture, REALpictureDescription*);
+  uint8_t (*lock)(REALpicture, REALpictureDescription*) = nullptr;
   return BindLockPictureDescription(&lock);
 }
 
@@ -213,11 +213,11 @@ static bool BindMemoryBlockGetSize(int32_t (**entry)(REALmemoryBlock)) {
 }
 
 int32_t REALMemoryBlockGetSize(REALmemoryBlock block) {
-  int32_t (*getSize)(REALmemoryBlock);
+  int32_t (*getSize)(REALmemoryBlock) = nullptr;
   return BindMemoryBlockGetSize(&getSize) ? getSize(block) : 0;
 }
 
 bool HasMemoryBlockGetSize() {
-  int32_t (*getSize)(REALmemoryBlock);
+  int32_t (*getSize)(REALmemoryBlock) = nullptr;
   return BindMemoryBlockGetSize(&getSize);
 }

@@ -57,29 +57,6 @@ class ColourHistograms : public support::PluginTest {
   }
 
   BlockRef ZeroedBlock(size_t size = kHistogramBytes) { return Host().NewMemoryBlock(size); }
-
-  PictureRef NewPictureOf(int32_t width, int32_t height, Rgb colour) {
-    PictureRef picture = Host().NewPicture(width, height);
-    support::Fill(picture, colour);
-    return picture;
-  }
-
-  // A picture that the plug-in can't open: 16 bits a pixel.
-  PictureRef RefusedPicture() {
-    return Host().NewPicture(4, 3, PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-  }
-
-  // A picture whose lock succeeds and says that it has no pixels along one axis or both.
-  PictureRef PictureThatOpensAs(int32_t width, int32_t height) {
-    host::Settings console;
-    console.application = host::Application::kConsole;
-    PictureRef picture = Start(console).NewPicture(4, 3);
-    picture->SetDescriptionHook([=](REALpictureDescription& description) {
-      description.width = width;
-      description.height = height;
-    });
-    return picture;
-  }
 };
 
 TEST_F(ColourHistograms, BlocksTakeRedGreenAndBlueByPosition) {

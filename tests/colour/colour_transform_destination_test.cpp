@@ -132,15 +132,8 @@ TEST_F(ColourTransform, SizeLimitHoldsForANewPictureAndNotForADestination) {
 
 TEST_F(ColourTransform, PictureWithoutPixelsGivesNilOrTheDestinationAsItWas) {
   Random random(430);
-  host::Settings console;
-  console.application = host::Application::kConsole;
   for (const auto& [width, height] : {std::pair{0, 3}, std::pair{4, 0}}) {
-    Start(console);
-    const PictureRef picture = Host().NewPicture(4, 3);
-    picture->SetDescriptionHook([w = width, h = height](REALpictureDescription& description) {
-      description.width = w;
-      description.height = h;
-    });
+    const PictureRef picture = PictureThatOpensAs(width, height);
     const PictureRef dest = NoisePicture(5, 5, PictureLayout::RowTable(), random);
     const std::vector<uint8_t> before = support::Bytes(dest);
     const BlockRef curve = Block(Inverted());

@@ -66,11 +66,6 @@ class ColourTransform : public support::PluginTest {
     support::FillWithNoise(picture, random);
     return picture;
   }
-
-  PictureRef RefusedPicture(int32_t width = 4, int32_t height = 3) {
-    return Host().NewPicture(width, height,
-                             PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-  }
 };
 
 }  // namespace colour_transform

@@ -160,9 +160,7 @@ TEST_F(ReplaceColour, VectorPictureIsDrawnAndSearched) {
 }
 
 TEST_F(ReplaceColour, PictureThatCannotBeOpenedGivesNil) {
-  const PictureRef refused =
-      Host().NewPicture(4, 3, PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-  for (const PictureRef& picture : {PictureRef(), refused}) {
+  for (const PictureRef& picture : {PictureRef(), RefusedPicture()}) {
     EXPECT_FALSE(Replace(picture, 0, 1));
     EXPECT_FALSE(Extract(picture, 0, 1, 2));
   }
@@ -170,15 +168,8 @@ TEST_F(ReplaceColour, PictureThatCannotBeOpenedGivesNil) {
 }
 
 TEST_F(ReplaceColour, PictureWithoutPixelsGivesNil) {
-  host::Settings console;
-  console.application = host::Application::kConsole;
   for (const auto& [width, height] : {std::pair{0, 3}, std::pair{4, 0}}) {
-    Start(console);
-    const PictureRef picture = Host().NewPicture(4, 3);
-    picture->SetDescriptionHook([w = width, h = height](REALpictureDescription& description) {
-      description.width = w;
-      description.height = h;
-    });
+    const PictureRef picture = PictureThatOpensAs(width, height);
     EXPECT_FALSE(Replace(picture, 0, 1));
     EXPECT_FALSE(Extract(picture, 0, 1, 2));
     EXPECT_EQ(Host().faults.Calls("newPicture"), 0);

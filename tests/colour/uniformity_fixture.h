@@ -30,12 +30,6 @@ class Uniformity : public support::PluginTest {
   bool IsGray(const PictureRef& picture, int32_t tolerance, const Area& a) {
     return Call<bool>("isGrayKRT", picture, tolerance, a.left, a.top, a.width, a.height);
   }
-
-  PictureRef NewPictureOf(int32_t width, int32_t height, Rgb colour) {
-    PictureRef picture = Host().NewPicture(width, height);
-    support::Fill(picture, colour);
-    return picture;
-  }
 };
 
 }  // namespace uniformity

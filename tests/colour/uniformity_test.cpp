@@ -113,9 +113,7 @@ TEST_F(Uniformity, ToleranceOf255AndMorePassesEveryColour) {
 }
 
 TEST_F(Uniformity, PictureThatCannotBeOpenedPassesNoTest) {
-  const PictureRef refused =
-      Host().NewPicture(4, 3, host::PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-  for (const PictureRef& picture : {PictureRef(), refused}) {
+  for (const PictureRef& picture : {PictureRef(), RefusedPicture()}) {
     EXPECT_FALSE(IsBlack(picture));
     EXPECT_FALSE(IsWhite(picture));
     EXPECT_FALSE(IsGray(picture, 0));

@@ -133,6 +133,28 @@ std::string PluginTest::TakeException() {
   return exception->className + ": " + exception->message.value_or("(nil)");
 }
 
+PictureRef PluginTest::NewPictureOf(int32_t width, int32_t height, Rgb colour) {
+  PictureRef picture = Host().NewPicture(width, height);
+  Fill(picture, colour);
+  return picture;
+}
+
+PictureRef PluginTest::RefusedPicture(int32_t width, int32_t height) {
+  return Host().NewPicture(width, height,
+                           host::PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
+}
+
+PictureRef PluginTest::PictureThatOpensAs(int32_t width, int32_t height) {
+  host::Settings console;
+  console.application = host::Application::kConsole;
+  PictureRef picture = Start(console).NewPicture(4, 3);
+  picture->SetDescriptionHook([=](REALpictureDescription& description) {
+    description.width = width;
+    description.height = height;
+  });
+  return picture;
+}
+
 // The result of a call carries one reference more than the census had before.
 void PluginTest::ExpectBalance(const host::Callable& callable, const host::Snapshot& before,
                                const host::Object* result) {

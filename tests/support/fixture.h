@@ -109,6 +109,13 @@ class PluginTest : public ::testing::Test {
   // The test ends in failure when one is left.
   std::string TakeException();
 
+  // A picture of one colour.
+  PictureRef NewPictureOf(int32_t width, int32_t height, Rgb colour);
+  // A picture that the plug-in can't open: 16 bits a pixel.
+  PictureRef RefusedPicture(int32_t width = 4, int32_t height = 3);
+  // A picture on a console just started, whose lock succeeds and says that it is of this size.
+  PictureRef PictureThatOpensAs(int32_t width, int32_t height);
+
   // Objects or locks that the subject leaves behind on purpose: so many lines of the census.
   void ExpectLeft(int lines) { expectedLeft = lines; }
 

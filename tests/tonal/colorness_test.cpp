@@ -130,9 +130,7 @@ TEST_F(Colorness, TheThresholdIsTenUnlessSaidOtherwise) {
 
 TEST_F(Colorness, WhatCannotBeOpenedHasNone) {
   EXPECT_EQ(Of(PictureRef{}), 0.0);
-  const PictureRef shallow =
-      Host().NewPicture(3, 3, host::PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-  EXPECT_EQ(Of(shallow, -1), 0.0);
+  EXPECT_EQ(Of(RefusedPicture(), -1), 0.0);
 }
 
 }  // namespace

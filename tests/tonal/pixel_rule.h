@@ -61,14 +61,12 @@ class PixelRuleTest : public PluginTest {
   void ExpectNilOnFailure(const Operation& operation) {
     Start();
     EXPECT_FALSE(operation(PictureRef{}));
-    PictureRef shallow = Host().NewPicture(
-        3, 3, host::PictureLayout::BitmapContext(host::kAlphaNoneSkipFirst, 0, 16));
-    EXPECT_FALSE(operation(shallow)) << "16 bits per pixel";
+    EXPECT_FALSE(operation(RefusedPicture())) << "16 bits per pixel";
     PictureRef picture = Host().NewPicture(3, 3);
     Host().faults.FailCall("newPicture");
     EXPECT_FALSE(operation(picture)) << "the host refused a new picture";
     EXPECT_TRUE(operation(picture)) << "and this time it didn't";
-    shallow = picture = PictureRef{};
+    picture = PictureRef{};
 
     StartWithoutPlugin();
     Host().faults.Hide("newPicture");

@@ -1,0 +1,271 @@
+// picturehost run: calls, their arguments, and the files that go with them.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "tests/runner/run_fixture.h"
+
+namespace runner {
+namespace {
+
+TEST_F(RunCommand, SeveralExpressionsWorkInTurn) {
+  const Image image = Noise(10, 10);
+  Save(image, At("in.png"), "png");
+  const std::string out = Done({"run", At("in.png"), "InvertKRT", "CountColorKRT(&c010203)",
+                                "self.InvertKRT.InvertKRT", "InvertKRT()", "-o", At("out.png")});
+  ExpectPixels(At("out.png"), 10, 10, [&](int x, int y) { return image.At(x, y); });
+  EXPECT_EQ(out, "CountColorKRT = 0\n");
+}
+
+TEST_F(RunCommand, AMethodIsCalledEachTimeItIsNamed) {
+  Save(MakeImage(3, 3, [](int, int) { return Pixel{255, 255, 255}; }), At("white.png"), "png");
+  EXPECT_EQ(Done({"run", At("white.png"), "isWhiteKRT", "InvertKRT", "isWhiteKRT", "isBlackKRT",
+                  "-o", At("out.png")}),
+            "isWhiteKRT = true\nisWhiteKRT = false\nisBlackKRT = true\n");
+}
+
+TEST_F(RunCommand, PrintsNumbers) {
+  Save(MakeImage(4, 2,
+                 [](int x, int) {
+                   return x == 0 ? Pixel{9, 8, 7} : Pixel{50, 50, 50};
+                 }),
+       At("in.png"), "png");
+  EXPECT_EQ(Done({"run", At("in.png"), "CountColorKRT(&c090807)", "isGrayKRT", "isGrayKRT(2)"}),
+            "CountColorKRT = 2\nisGrayKRT = false\nisGrayKRT = true\n");
+}
+
+TEST_F(RunCommand, GlobalMethodsTakeSelfAndFiles) {
+  const Image one = Noise(20, 10, 3, 1), two = Noise(20, 10, 3, 2);
+  Save(one, At("one.png"), "png");
+  Save(two, At("two.png"), "png");
+  Done({"run", At("one.png"), "MergePictureKRT(self, picture(\"two.png\"))", "-o", "merged.png"},
+       {scratch.Folder().native()});
+  ExpectPixels(At("merged.png"), 20, 10, [&](int x, int y) {
+    const Pixel a = one.At(x, y), b = two.At(x, y);
+    return Pixel{std::max(a[0], b[0]), std::max(a[1], b[1]), std::max(a[2], b[2])};
+  });
+  // In the order red, blue, green.
+  Done({"run", At("one.png"), "other = picture(\"two.png\")",
+        "CombinePicturesKRT(self, other, other.InvertKRT)", "-o", "combined.png"},
+       {scratch.Folder().native()});
+  ExpectPixels(At("combined.png"), 20, 10, [&](int x, int y) {
+    return Pixel{one.At(x, y)[0], uint8_t(255 - two.At(x, y)[1]), two.At(x, y)[2]};
+  });
+}
+
+TEST_F(RunCommand, ResultsByReferenceHaveTheirNames) {
+  const Image haystack = Noise(40, 30);
+  Save(haystack, At("haystack.png"), "png");
+  Save(MakeImage(5, 4, [&](int x, int y) { return haystack.At(x + 22, y + 13); }), At("needle.png"),
+       "png");
+  EXPECT_EQ(
+      Done({"run", At("haystack.png"), "FindPictureKRT(picture(\"" + At("needle.png") + "\"))"}),
+      "x = 22\ny = 13\nFindPictureKRT = true\n");
+  EXPECT_EQ(ValueOf(Done({"run", At("needle.png"),
+                          "FindPictureKRT(picture(\"" + At("haystack.png") + "\"))"}),
+                    "FindPictureKRT"),
+            "false");
+}
+
+TEST_F(RunCommand, MemoryBlocksAreSavedAndPassedOn) {
+  const Image image = Noise(50, 40);
+  Save(image, At("in.png"), "png");
+  std::array<std::array<uint32_t, 256>, 3> counts{};
+  for (size_t i = 0; i < image.bytes.size(); ++i) ++counts[i % 3][image.bytes[i]];
+
+  const std::string out =
+      Done({"run", At("in.png"), "CountColorsKRT", "--save", "red=" + At("red.bin"), "--save",
+            "blue=" + At("blue.bin"), "--save=green=" + At("green.bin")});
+  EXPECT_EQ(ValueOf(out, "count"), "2000");
+  EXPECT_EQ(ValueOf(out, "red").substr(0, 27), "memoryblock of 1024 bytes: ");
+  // The block declared blue counts green, and the other way round.
+  const std::string blocks[3] = {ReadBytes(At("red.bin")), ReadBytes(At("blue.bin")),
+                                 ReadBytes(At("green.bin"))};
+  for (size_t channel = 0; channel < 3; ++channel) {
+    ASSERT_EQ(blocks[channel].size(), 1024U);
+    for (size_t i = 0; i < 256; ++i) EXPECT_EQ(Word(blocks[channel], i), counts[channel][i]);
+  }
+
+  // Blocks accumulate when they are given again, by name or from a file.
+  Done({"run", At("in.png"), "CountColorsKRT", "CountColorsKRT(red, blue, green)",
+        "CountColorsKRT(red = memoryblock(\"" + At("red.bin") + "\"))", "--save",
+        "red=" + At("again.bin"), "--save", "blue=" + At("fresh.bin")});
+  for (size_t i = 0; i < 256; ++i) {
+    EXPECT_EQ(Word(ReadBytes(At("again.bin")), i), 2 * counts[0][i]);
+    EXPECT_EQ(Word(ReadBytes(At("fresh.bin")), i), counts[1][i]);
+  }
+}
+
+TEST_F(RunCommand, TablesComeFromFiles) {
+  const Image image = Noise(8, 8);
+  Save(image, At("in.png"), "png");
+  std::string reversed, same;
+  for (int i = 0; i < 256; ++i) {
+    same += char(i);
+    reversed += char(255 - i);
+  }
+  WriteBytes(At("same.bin"), same);
+  WriteBytes(At("reversed.bin"), reversed);
+  Done({"run", "in.png", "same = memoryblock(\"same.bin\")",
+        "TransformColorsKRT(memoryblock(\"reversed.bin\"), blue = same, green = same)", "-o",
+        "out.png"},
+       {scratch.Folder().native()});
+  ExpectPixels(At("out.png"), 8, 8, [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    return Pixel{uint8_t(255 - pixel[0]), pixel[1], pixel[2]};
+  });
+}
+
+TEST_F(RunCommand, APairIsReadAndAssigned) {
+  const Image image = Noise(14, 11), mask = Noise(14, 11, 3, 9);
+  Save(image, At("in.png"), "png");
+  Save(mask, At("mask.png"), "png");
+  Done({"run", "in.png", "EmbeddedMaskKRT(false) = picture(\"mask.png\")", "EmbeddedMaskKRT(true)",
+        "-o", "out.png"},
+       {scratch.Folder().native()});
+  ExpectPixels(At("out.png"), 14, 11, [&](int x, int y) {
+    const auto grey = uint8_t(255 - mask.At(x, y)[0]);
+    return Pixel{grey, grey, grey};
+  });
+  // The alpha bytes of the photograph itself.
+  Done({"run", "in.png", "EmbeddedMaskKRT(true) = picture(\"mask.png\")", "--layout", "argb", "-o",
+        "masked.png"},
+       {scratch.Folder().native()});
+  ExpectPixels(At("masked.png"), 14, 11, [&](int x, int y) {
+    Pixel pixel = image.At(x, y);
+    pixel.push_back(uint8_t(255 - mask.At(x, y)[0]));
+    return pixel;
+  });
+}
+
+TEST_F(RunCommand, MethodsInPlaceChangeTheCurrentPicture) {
+  const Image image = Noise(9, 6);
+  Save(image, At("in.png"), "png");
+  EXPECT_EQ(Done({"run", At("in.png"), "ScrollHorizontalKRT(2, true, false)", "-o", At("out.png")}),
+            "ScrollHorizontalKRT = true\n");
+  ExpectPixels(At("out.png"), 9, 6, [&](int x, int y) { return image.At((x + 7) % 9, y); });
+}
+
+TEST_F(RunCommand, SepiaSetsItsPropertiesAndRuns) {
+  const Image image = Noise(25, 15);
+  Save(image, At("in.png"), "png");
+  Done({"run", At("in.png"), "PictureSepiaKRT(SepiaRed = 40, SepiaGreen = 20, FactorRed = 0.5)",
+        "-o", At("out.png")});
+  ExpectPixels(At("out.png"), 25, 15, [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    const int grey = (pixel[0] * 512 + pixel[1] * 601 + pixel[2] * 116) / 1024;
+    return Pixel{uint8_t(std::min(255, grey + 40)), uint8_t(std::min(255, grey + 20)),
+                 uint8_t(std::min(255, grey))};
+  });
+  // Another source, and bounds that anchor at the top left.
+  Done({"run", At("out.png"),
+        "PictureSepiaKRT(SourcePicture = picture(\"" + At("in.png") + "\"), MaxX = 10, MinX = 4)",
+        "-o", At("part.png")});
+  ExpectPixels(At("part.png"), 25, 15, [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    const auto grey = uint8_t((pixel[0] * 306 + pixel[1] * 601 + pixel[2] * 116) / 1024);
+    return x < 6 ? Pixel{grey, grey, grey} : Pixel{255, 255, 255};
+  });
+}
+
+TEST_F(RunCommand, ATableComesFromACubeFile) {
+  // Channel values of the grid come out as the table says: here green, blue and red exchanged, red
+  // turned round.
+  const Image image = MakeImage(16, 16, [](int x, int y) {
+    return Pixel{uint8_t(17 * x), uint8_t(17 * y), uint8_t(17 * ((x * 7 + y) % 16))};
+  });
+  Save(image, At("in.png"), "png");
+  std::string cube = "LUT_3D_SIZE 16\n";
+  char line[64];
+  for (int b = 0; b < 16; ++b)
+    for (int g = 0; g < 16; ++g)
+      for (int r = 0; r < 16; ++r) {
+        // A hair above the value, because results are truncated.
+        std::snprintf(line, sizeof line, "%.12f %.12f %.12f\n", g / 15.0 + 1e-6, b / 15.0 + 1e-6,
+                      (15 - r) / 15.0 + 1e-6);
+        cube += line;
+      }
+  WriteBytes(At("film.cube"), cube);
+  Done({"run", At("in.png"), "PictureLut3DKRT(table = cube(\"" + At("film.cube") + "\"))", "-o",
+        At("out.png")});
+  ExpectPixels(At("out.png"), 16, 16, [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    return Pixel{pixel[1], pixel[2], uint8_t(255 - pixel[0])};
+  });
+}
+
+TEST_F(RunCommand, StringsAreSavedAndReadBack) {
+  const Image image = Noise(3, 2);
+  Save(image, At("in.png"), "png");
+  // 40 bytes of header, then red, green, blue.
+  std::string expected("PPIC\0\0\0\x3A\0\0\0\3\0\0\0\2\0\0\0\x20\0\0\0\x28", 24);
+  expected += std::string(16, '\0') + std::string(image.bytes.begin(), image.bytes.end());
+  EXPECT_EQ(Done({"run", At("in.png"), "PicturetoBinaryStringKRT(self)", "--save",
+                  "PicturetoBinaryStringKRT=" + At("in.ppic")}),
+            "PicturetoBinaryStringKRT = string of 58 bytes\n");
+  EXPECT_EQ(ReadBytes(At("in.ppic")), expected);
+  Done({"run", "--no-picture", "BinaryStringtoPictureKRT(string(\"" + At("in.ppic") + "\"))", "-o",
+        At("out.png")});
+  EXPECT_EQ(Read(At("out.png")).bytes, image.bytes);
+}
+
+TEST_F(RunCommand, SoundsBringTheirBits) {
+  const std::string sound = "samples(\"" + kExamples + "sounds/chord.wav\")";
+  const std::string out = Done(
+      {"run", "--no-picture",
+       "RenderSamplesKRT(" + sound + ", Smooth = 1, Width = 120, Height = 50, outlinewidth = 0)",
+       "-o", At("wave.png")});
+  EXPECT_EQ(out, "SampleCount = 22050\nBits = 8\n");
+  const Image wave = Read(At("wave.png"));
+  EXPECT_EQ(wave.width, 120);
+  EXPECT_EQ(wave.height, 50);
+  // Floating point needs its SampleCount, which is filled in too. Silence is a line in the middle.
+  std::string header(
+      "RIFF\0\0\0\0WAVEfmt \x10\0\0\0\3\0\1\0\x40\x1F\0\0\0\x7D\0\0\4\0\x20\0data\0\0\0\0", 44);
+  header[4] = char(36 + 400 - 256);
+  header[5] = 1;
+  header[40] = char(400 - 256);
+  header[41] = 1;
+  WriteBytes(At("silence.wav"), header + std::string(400, '\0'));
+  EXPECT_EQ(
+      Done({"run", "--no-picture",
+            "RenderSamplesKRT(samples(\"" + At("silence.wav") +
+                "\"), Smooth = 1, Width = 10, Height = 8, outlinewidth = 0, BackColor = &c010203, "
+                "ForeColor = &c040506)",
+            "-o", At("line.png")}),
+      "SampleCount = 100\nBits = -32\n");
+  ExpectPixels(At("line.png"), 10, 8, [](int, int y) {
+    return y == 4 ? Pixel{4, 5, 6} : Pixel{1, 2, 3};
+  });
+}
+
+TEST_F(RunCommand, PicturesWithNamesAreSavedToo) {
+  const Image image = Noise(6, 5);
+  Save(image, At("in.png"), "png");
+  Done({"run", At("in.png"), "dark = InvertKRT", "--save", "dark=" + At("dark.bmp"), "-o",
+        At("same.png")});
+  ExpectPixels(At("dark.bmp"), 6, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
+  ExpectPixels(At("same.png"), 6, 5, [&](int x, int y) { return image.At(x, y); });
+}
+
+TEST_F(RunCommand, NamesOfFilesMayBeOdd) {
+  const Image image = Noise(5, 5);
+  const Surroundings here{scratch.Folder().native()};
+  for (const std::string name :
+       {"-photo.png", "a b.png", "line\nend.png", "--output.png", "'q\".png"}) {
+    Save(image, At(name), "png");
+    Done({"run", "--output=-out.png", "--", name, "InvertKRT"}, here);
+    ExpectPixels(At("-out.png"), 5, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
+    std::filesystem::remove(At("-out.png"));
+  }
+}
+
+TEST_F(RunCommand, PipesGetAPng) {
+  const Image image = Noise(5, 5);
+  Save(image, At("in.png"), "png");
+  WriteBytes(At("out.png"), Done({"run", At("in.png"), "InvertKRT", "-o", "/dev/stdout"}));
+  ExpectPixels(At("out.png"), 5, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
+}
+
+}  // namespace
+}  // namespace runner
