@@ -19,10 +19,6 @@ struct Pixel {
   int32_t blue;
 };
 
-constexpr bool operator==(Pixel a, Pixel b) {
-  return a.red == b.red && a.green == b.green && a.blue == b.blue;
-}
-
 // A colour of the host, 0x00RRGGBB; the top byte is ignored.
 constexpr Pixel PixelOfColour(uint32_t colour) {
   return {static_cast<int32_t>(colour >> 16 & 255), static_cast<int32_t>(colour >> 8 & 255),

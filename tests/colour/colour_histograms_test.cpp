@@ -132,6 +132,37 @@ TEST_F(ColourHistograms, HistogramsAreThePlainOnesInEveryLayout) {
   }
 }
 
+// Large pictures are counted in several histograms, which are added up.
+TEST_F(ColourHistograms, LargePicturesAreCountedAsSmallOnes) {
+  for (const LayoutPair& pair : support::AllSourceLayouts()) {
+    SCOPED_TRACE(pair.name);
+    Start(pair.settings);
+    Random random(77);
+    const PictureRef picture = Host().NewPicture(67, 63, pair.source);
+    support::FillWithNoise(picture, random);
+    Counters expected[3] = {};
+    BlockRef blocks[3] = {ZeroedBlock(), ZeroedBlock(), ZeroedBlock()};
+    for (auto& counters : expected) counters[5] = 1000;
+    for (const BlockRef& block : blocks) {
+      std::memcpy(block->Bytes().data() + 4 * 5, &expected[0][5], 4);
+    }
+    for (int32_t y = 0; y < 63; ++y) {
+      for (int32_t x = 0; x < 67; ++x) {
+        const Rgb colour = support::At(picture, x, y);
+        ++expected[0][static_cast<size_t>(colour.red)];
+        ++expected[1][static_cast<size_t>(colour.green)];
+        ++expected[2][static_cast<size_t>(colour.blue)];
+      }
+    }
+    EXPECT_EQ(CountColours(picture, blocks[0], blocks[1], blocks[2]), 67 * 63);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(CountersOf(blocks[i]), expected[i]) << "block " << i;
+    // One block for all three.
+    BlockRef one = ZeroedBlock(), again = one, onceMore = one;
+    EXPECT_EQ(CountColours(picture, one, again, onceMore), 67 * 63);
+    EXPECT_EQ(Sum(CountersOf(one)), 3 * 67 * 63U);
+  }
+}
+
 TEST_F(ColourHistograms, CounterWrapsAfterItsLargestValue) {
   BlockRef red = ZeroedBlock();
   BlockRef second = ZeroedBlock();

@@ -69,18 +69,37 @@ TEST_F(EditorTest, WithoutTheDrawingMethodRowsAreCopied) {
 }
 
 TEST_F(EditorTest, RowsOfAnotherSizeAreNotCopied) {
+  const auto spoilers = {
+      +[](REALrowTablePicture& table) { table.height = 2; },
+      +[](REALrowTablePicture& table) { table.width = 3; },
+      +[](REALrowTablePicture& table) { table.zero = 1; },
+  };
+  for (const auto& spoil : spoilers) {
+    host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
+    const PictureRef picture = host.NewPicture(4, 3);
+    support::Fill(picture, {1, 2, 3});
+    REALrowTablePicture table{};
+    picture->SetDescriptionHook([&](REALpictureDescription& description) {
+      std::memcpy(&table, description.pictureData, sizeof(table));
+      spoil(table);
+      description.pictureData = &table;
+    });
+    Reader reader = MakeReader();
+    ASSERT_TRUE(Open(reader, picture));
+    EXPECT_EQ(PixelOf(reader, 0, 0), (support::Rgb{255, 255, 255})) << "as the host made it";
+  }
+}
+
+TEST_F(EditorTest, ACopyThatCannotBeLockedIsNotWritten) {
   host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
   const PictureRef picture = host.NewPicture(4, 3);
   support::Fill(picture, {1, 2, 3});
-  REALrowTablePicture table{};
-  picture->SetDescriptionHook([&](REALpictureDescription& description) {
-    std::memcpy(&table, description.pictureData, sizeof(table));
-    table.height = 2;
-    description.pictureData = &table;
-  });
+  // The first lock is refused for its type, the second locks the rows, the third would the copy's.
+  host.faults.FailCall("REALLockPictureDescription", 3);
   Reader reader = MakeReader();
   ASSERT_TRUE(Open(reader, picture));
   EXPECT_EQ(PixelOf(reader, 0, 0), (support::Rgb{255, 255, 255})) << "as the host made it";
+  EXPECT_EQ(picture->DescriptionLocks(), 0);
 }
 
 TEST_F(EditorTest, InTheRowCopyWhatWasLockedIsUnlocked) {

@@ -5,6 +5,10 @@
 #include <array>
 #include <cstring>
 
+static bool operator==(Pixel a, Pixel b) {
+  return a.red == b.red && a.green == b.green && a.blue == b.blue;
+}
+
 namespace {
 
 // Memory bytes of the opaque pixel (1, 2, 3).

@@ -86,6 +86,25 @@ TEST_F(StringDataTest, NilIsFalse) {
   EXPECT_EQ(Get(nullptr, kEncodingUnknown), "(false)");
 }
 
+TEST_F(StringDataTest, ReferencesToStringsAreTakenAndReturned) {
+  const auto string = StartInternals().NewString("text");
+  internals->lockString(string.Handle());
+  EXPECT_EQ(string->References(), 2);
+  internals->unlockString(string.Handle());
+  EXPECT_EQ(string->References(), 1);
+  internals->lockString(nullptr);
+  internals->unlockString(nullptr);
+}
+
+TEST_F(StringDataTest, WithoutTheEntriesReferencesToStringsStayAsTheyAre) {
+  StartInternals({}, {"REALLockString", "REALUnlockString"});
+  const auto string = Host().NewString("text");
+  internals->lockString(string.Handle());
+  EXPECT_EQ(string->References(), 1);
+  internals->unlockString(string.Handle());
+  EXPECT_EQ(string->References(), 1);
+}
+
 class RaiseExceptionTest : public InternalsTest {
  protected:
   std::optional<host::Exception> Raise(const char* className, const char* message) {
@@ -128,6 +147,20 @@ TEST_F(RaiseExceptionTest, NothingIsRaisedWhereNoneCanBeMade) {
   host.faults.FailAlways("PluginNewInstance");
   EXPECT_FALSE(Raise("NilObjectException", "message"));
   EXPECT_EQ(host.faults.Calls("PluginNewInstance"), 2);
+}
+
+TEST_F(RaiseExceptionTest, SurvivesEveryFailingCall) {
+  for (const char* failing : {"REALBuildString", "REALSetPropValueString", "REALSetPropValueInt"}) {
+    SCOPED_TRACE(failing);
+    StartInternals().faults.FailAlways(failing);
+    const auto exception = Raise("NilObjectException", "message");
+    ASSERT_TRUE(exception);
+    const bool hasMessage = std::string_view(failing) == "REALSetPropValueInt";
+    EXPECT_EQ(exception->message,
+              hasMessage ? std::optional<std::string>("message") : std::nullopt);
+  }
+  StartInternals({}, {"RuntimeRaiseException"});
+  EXPECT_FALSE(Raise("NilObjectException", "message"));
 }
 
 TEST_F(RaiseExceptionTest, SurvivesEveryMissingEntry) {

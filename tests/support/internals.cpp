@@ -134,6 +134,8 @@ const support::Internals kInternals = {
       DrawWuLine(*writer, x0, y0, x1, y1);
     },
     kMemoryCalls,
+    REALLockString,
+    REALUnlockString,
 };
 
 }  // namespace

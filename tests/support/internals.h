@@ -52,6 +52,10 @@ struct Internals {
 
   // Null in a bundle, which imports its memory functions.
   MemoryCalls* memory;
+
+  // No operation takes references to strings; the wrapper is there for those to come.
+  void (*lockString)(REALstring);
+  void (*unlockString)(REALstring);
 };
 
 }  // namespace support
