@@ -39,31 +39,27 @@ struct Rows {
   int32_t width, height, rowBytes;
 };
 
-// Row i goes to row i + delta. The padding of a bitmap moves with its row; rows of a table are as
-// long as their pixels.
-inline std::vector<uint8_t> MovedDown(const PictureRef& picture, int64_t delta) {
+// Column i goes to column i + dx, row i to row i + dy. The padding of a bitmap moves with its row;
+// rows of a table are as long as their pixels.
+inline std::vector<uint8_t> Moved(const PictureRef& picture, int64_t dx, int64_t dy) {
   Rows from(picture);
   Rows to = from;
   const bool isTable = picture->Layout().storage == host::Storage::kRowTable;
-  const int32_t moving = isTable ? from.width * 4 : from.rowBytes;
   for (int32_t y = 0; y < from.height; ++y) {
-    for (int32_t i = 0; i < moving; ++i) to.At(Modulo(y + delta, from.height), i) = from.At(y, i);
+    const int32_t row = Modulo(y + dy, from.height);
+    for (int32_t i = 0; i < from.width * 4; ++i) {
+      to.At(row, Modulo(i / 4 + dx, from.width) * 4 + i % 4) = from.At(y, i);
+    }
+    if (isTable) continue;
+    for (int32_t i = from.width * 4; i < from.rowBytes; ++i) to.At(row, i) = from.At(y, i);
   }
   return to.bytes;
 }
-
-// Column i goes to column i + delta.
+inline std::vector<uint8_t> MovedDown(const PictureRef& picture, int64_t delta) {
+  return Moved(picture, 0, delta);
+}
 inline std::vector<uint8_t> MovedRight(const PictureRef& picture, int64_t delta) {
-  Rows from(picture);
-  Rows to = from;
-  for (int32_t y = 0; y < from.height; ++y) {
-    for (int32_t x = 0; x < from.width; ++x) {
-      for (int32_t i = 0; i < 4; ++i) {
-        to.At(y, Modulo(x + delta, from.width) * 4 + i) = from.At(y, x * 4 + i);
-      }
-    }
-  }
-  return to.bytes;
+  return Moved(picture, delta, 0);
 }
 
 // Makes what the host shows of a picture what it now holds, so that a missed clear can be seen.

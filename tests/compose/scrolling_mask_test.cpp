@@ -31,6 +31,12 @@ TEST_F(ScrollingTest, TheMaskMovesWithThePictureWhenAsked) {
     EXPECT_TRUE(Down(picture, 1));
     EXPECT_EQ(Bytes(picture), moved);
     EXPECT_EQ(Bytes(mask), maskMoved) << "scrollmask was false";
+
+    moved = Moved(picture, 3, 2);
+    maskMoved = Moved(mask, 3, 2);
+    EXPECT_TRUE(Both(picture, 3, 2, true, true));
+    EXPECT_EQ(Bytes(picture), moved);
+    EXPECT_EQ(Bytes(mask), maskMoved);
   }
 }
 
@@ -43,6 +49,9 @@ TEST_F(ScrollingTest, APictureThatIsItsOwnMaskMovesTwice) {
   const std::vector<uint8_t> right = MovedRight(picture, 4);
   EXPECT_TRUE(Right(picture, 2, true, true));
   EXPECT_EQ(Bytes(picture), right);
+  const std::vector<uint8_t> both = Moved(picture, 2, -4);
+  EXPECT_TRUE(Both(picture, 1, -2, true, true));
+  EXPECT_EQ(Bytes(picture), both);
   picture->SetMask(nullptr);
 }
 
@@ -56,8 +65,11 @@ TEST_F(ScrollingTest, AMaskThatCannotMoveStopsTheVerticalMethodAlone) {
   EXPECT_FALSE(Down(picture, 2, true, true));
   EXPECT_EQ(Bytes(picture), before);
 
-  const std::vector<uint8_t> right = MovedRight(picture, 2);
+  std::vector<uint8_t> right = MovedRight(picture, 2);
   EXPECT_TRUE(Right(picture, 2, true, true));
+  EXPECT_EQ(Bytes(picture), right);
+  right = MovedRight(picture, -1);
+  EXPECT_FALSE(Both(picture, -1, 2, true, true));
   EXPECT_EQ(Bytes(picture), right);
   EXPECT_EQ(Bytes(mask), maskBefore);
 }
@@ -167,6 +179,13 @@ TEST_F(ScrollingTest, EveryFailingHostCallGivesTheDocumentedResultAndBalances) {
     Host().faults.FailCall("REALLockPictureDescription");
     EXPECT_TRUE(Both(picture, 2, 2));
     EXPECT_EQ(Bytes(picture), down);
+    Host().faults.Clear();
+
+    // The other way round.
+    const std::vector<uint8_t> right = MovedRight(picture, 2);
+    Host().faults.FailCall("REALLockPictureDescription", 2);
+    EXPECT_FALSE(Both(picture, 2, 2));
+    EXPECT_EQ(Bytes(picture), right);
     Host().faults.Clear();
   }
 }

@@ -143,6 +143,11 @@ TEST_F(ScrollingTest, EveryLayoutAndDeltaRotatesByTheRule) {
         EXPECT_TRUE(Right(picture, delta));
         EXPECT_EQ(Bytes(picture), right);
         EXPECT_TRUE(picture->RenderingIsCurrent());
+        const int32_t other = deltas[random.Between(0, 3)];
+        const std::vector<uint8_t> both = Moved(picture, delta, other);
+        EXPECT_TRUE(Both(picture, delta, other));
+        EXPECT_EQ(Bytes(picture), both) << "down by " << other;
+        EXPECT_TRUE(picture->RenderingIsCurrent());
       }
       ASSERT_FALSE(HasFailure());
     }
