@@ -64,7 +64,8 @@ unsigned WhenFailing(const Case& row, const Opening& opening, std::string_view e
 unsigned WhenMissing(const Case& row, const Opening& opening, std::string_view entry,
                      const Reference& reference) {
   if (entry == "REALLockObject" || entry == "REALLockPictureDescription") return kFailure;
-  if (IsBitmapContextFunction(entry) && !support::PluginIsBundle()) return kFailure;
+  // A bundle is linked to these; once it is loaded, it has them.
+  if (IsBitmapContextFunction(entry)) return support::PluginIsBundle() ? kWhole : kFailure;
   unsigned outcomes = 0;
   const std::vector<Phase> phases = PhasesOf(row, reference);
   for (size_t i = 0; i < phases.size(); ++i) {

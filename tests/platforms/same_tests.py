@@ -9,7 +9,7 @@ import subprocess
 import sys
 
 ADDRESSES = 2
-PROGRAMS = ("internal_tests", "picture_tests")
+PROGRAMS = ("internal_tests", "picture_tests", "fault_tests", "soak_tests", "time_tests")
 
 ctest, folder, bundle = sys.argv[1:]
 listing = json.loads(subprocess.check_output([ctest, "--test-dir", folder, "--show-only=json-v1"]))
@@ -17,7 +17,7 @@ listing = json.loads(subprocess.check_output([ctest, "--test-dir", folder, "--sh
 # The tests of each program, by where it loads the bundle; under None, with the library.
 runs = {program: collections.defaultdict(list) for program in PROGRAMS}
 for test in listing["tests"]:
-    program, *options = test["command"]
+    program, *options = test.get("command", [test["name"]])  # none where it isn't built
     program = program.rsplit("/", 1)[-1]
     if program not in runs:
         continue

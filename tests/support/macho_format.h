@@ -18,6 +18,8 @@ enum : uint32_t {
   kCommandSegment = 0x1,
   kCommandLoadLibrary = 0xC,
   kCommandDyldInfoOnly = 0x80000022,
+  kSectionTypes = 0xFF,
+  kSectionZeroFilled = 1,
 };
 
 // Each opcode of the tables has its number in the high half of a byte, a small operand in the low.

@@ -67,6 +67,7 @@ void MachoBundle::ReadLoadCommands() {
       command.Skip(4);
       segment.protection = static_cast<int32_t>(command.Word());
       segments.push_back(segment);
+      ReadSections(&command);
     } else if (kind == kCommandLoadLibrary) {
       libraries.push_back(Stream(file, offset + command.Word()).Text());
     } else if (kind == kCommandDyldInfoOnly) {
@@ -80,6 +81,24 @@ void MachoBundle::ReadLoadCommands() {
     offset += size;
   }
   if (segments.empty()) Refuse("no segments");
+}
+
+// What follows a segment's protection: how many sections it has, and the sections.
+void MachoBundle::ReadSections(macho::Stream* command) {
+  const uint32_t count = command->Word();
+  command->Skip(4);
+  for (uint32_t i = 0; i < count; ++i) {
+    command->Skip(32);
+    const uint32_t address = command->Word();
+    const uint32_t size = command->Word();
+    command->Skip(16);
+    const bool isZeroFilled = (command->Word() & kSectionTypes) == kSectionZeroFilled;
+    command->Skip(8);
+    if (!isZeroFilled) continue;
+    if (zeroedSize != 0) Refuse("two zero-filled sections");
+    zeroedAddress = address;
+    zeroedSize = size;
+  }
 }
 
 void MachoBundle::Map() {
@@ -232,12 +251,10 @@ void MachoBundle::Protect() {
 }
 
 std::span<uint8_t> MachoBundle::Zeroed() const {
-  std::span<uint8_t> zeroed;
-  for (const Segment& segment : segments) {
-    if ((segment.protection & 2) == 0 || segment.size <= segment.fileSize) continue;
-    zeroed = {memory + segment.address + segment.fileSize, segment.size - segment.fileSize};
+  if (zeroedAddress > memorySize || zeroedSize > memorySize - zeroedAddress) {
+    Refuse("a section outside its segment");
   }
-  return zeroed;
+  return {memory + zeroedAddress, zeroedSize};
 }
 
 // The exports are a tree: a node has what its name stands for, if anything, and branches labelled

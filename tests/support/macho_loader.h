@@ -12,6 +12,10 @@
 
 namespace support {
 
+namespace macho {
+class Stream;
+}
+
 class MachoBundle {
  public:
   // Gives the address of what the bundle imports as `symbol` from the library at `library`; null
@@ -29,8 +33,7 @@ class MachoBundle {
   // What the bundle exports as `symbol`, with its leading underscore; null when it doesn't.
   void* Find(std::string_view symbol) const;
 
-  // The memory of its last writable segment that loading fills with zeros: the variables that start
-  // so.
+  // Its zero-filled section: the variables that start as zeros.
   std::span<uint8_t> Zeroed() const;
 
  private:
@@ -44,6 +47,7 @@ class MachoBundle {
   };
 
   void ReadLoadCommands();
+  void ReadSections(macho::Stream* command);
   void Map();
   void Rebase();
   void Bind(const Importer& importer);
@@ -58,6 +62,8 @@ class MachoBundle {
   std::vector<uint8_t> exports;
   uint8_t* memory = nullptr;
   size_t memorySize = 0;
+  uint32_t zeroedAddress = 0;
+  uint32_t zeroedSize = 0;
   uintptr_t loadAddress = 0;
 };
 
