@@ -37,9 +37,11 @@ struct Histograms {
 };
 
 // Counters for each lane. They take as long to clear and to add up as a few thousand pixels to
-// count.
+// count. No two that the same value raises lie a multiple of 4096 bytes apart, which a processor
+// takes for the same address when it looks for a store to wait for.
 struct LaneHistograms {
-  uint32_t lanes[kLanes][3][kValues];
+  static constexpr int32_t kApart = 16;
+  uint32_t lanes[kLanes][3][kValues + kApart];
   uint32_t* Counters(int32_t lane, int32_t channel) { return lanes[lane][channel]; }
 };
 constexpr uint32_t kFewPixels = 4096;

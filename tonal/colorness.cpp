@@ -12,14 +12,14 @@ namespace {
 // Every channel of a dark pixel is at most this.
 constexpr int32_t kDarkest = 29;
 
-// `negative` is -threshold. The operators are the ones that compute both sides, for rows without
-// branches.
-constexpr bool IsColoured(Pixel p, int32_t threshold, int32_t negative) {
-  const bool bright = (p.red > kDarkest) | (p.green > kDarkest) | (p.blue > kDarkest);
-  const int32_t overRed = p.green - p.red;
-  const int32_t overBlue = p.green - p.blue;
-  return bright & ((overRed > threshold) | (overBlue > threshold) | (overRed < negative) |
-                   (overBlue < negative));
+constexpr int32_t Distance(int32_t a, int32_t b) { return a < b ? b - a : a - b; }
+constexpr int32_t Larger(int32_t a, int32_t b) { return a < b ? b : a; }
+
+// Computes both sides of the `and`, for rows without branches.
+constexpr bool IsColoured(Pixel p, int32_t threshold) {
+  const bool bright = Larger(Larger(p.red, p.blue), p.green) > kDarkest;
+  const bool colourful = Larger(Distance(p.green, p.red), Distance(p.green, p.blue)) > threshold;
+  return bright & colourful;
 }
 
 }  // namespace
@@ -30,14 +30,12 @@ double ColornessKRT(REALpicture picture, int32_t threshold) {
   const int32_t pixels = WrappingMultiply(source.width, source.height);
   if (pixels == 0) return 0;
 
-  // The most negative threshold is its own negative; every difference exceeds it anyway.
-  const int32_t negative = WrappingMultiply(threshold, -1);
   int64_t coloured = 0;
   VisitRows(source, ClipRectangle(kWholePicture, source.width, source.height),
             [&]<Layout kLayout>(const Word* row, int32_t count) {
               int32_t inRow = 0;
               for (int32_t x = 0; x < count; ++x) {
-                inRow += IsColoured(Unpack<kLayout>(row[x]), threshold, negative);
+                inRow += IsColoured(Unpack<kLayout>(row[x]), threshold);
               }
               coloured += inRow;
               return true;
