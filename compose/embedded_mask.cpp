@@ -38,14 +38,17 @@ struct ShowAlpha {
   }
 };
 
-// A word whose first byte comes from the red channel of a mask's pixel.
-struct ReplaceFirstByte {
+// Puts the red channels of a mask's pixels into the first bytes of a strip.
+struct ReplaceFirstBytes {
   uint32_t inversion;
 
-  template <Layout, Layout kMask, Layout>
-  constexpr uint32_t operator()(uint32_t mask, uint32_t word) const {
-    const auto red = static_cast<uint32_t>(Unpack<kMask>(mask).red);
-    return (word & ~uint32_t{255}) | (red ^ inversion);
+  template <Layout, Layout kMask, class Count>
+  void operator()(Count count, Word* target, const Word* mask) const {
+    const uint32_t inverted = inversion;
+    for (int32_t x = 0; x < count; ++x) {
+      const auto red = static_cast<uint32_t>(Unpack<kMask>(mask[x]).red);
+      target[x] = (target[x] & ~uint32_t{255}) | (red ^ inverted);
+    }
   }
 };
 
@@ -83,5 +86,5 @@ void SetEmbededMask(REALpicture picture, int8_t swap, REALpicture maskPicture) {
   PictureReader mask;
   if (!mask.GetPictureEditor(maskPicture, true, false)) return;
 
-  MapPixels(target, Overlap(mask, target), ReplaceFirstByte{InversionOf(swap)}, mask, target);
+  MapStrips(target, Overlap(mask, target), ReplaceFirstBytes{InversionOf(swap)}, mask);
 }

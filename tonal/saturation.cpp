@@ -45,7 +45,12 @@ struct SaturateStrip {
     const auto push = static_cast<uint16_t>(length * whole + quotient);
     const auto pushed = static_cast<int16_t>(
         grey + (distance < 0 ? static_cast<int16_t>(-push) : static_cast<int16_t>(push)));
-    return static_cast<uint16_t>(pushed < 0 ? 0 : pushed > 255 ? 255 : pushed);
+    // Clamped as 16 bits: an int in between makes compilers widen the lanes.
+    constexpr int16_t kNone = 0;
+    constexpr int16_t kFull = 255;
+    const int16_t positive = pushed < kNone ? kNone : pushed;
+    const int16_t clamped = positive > kFull ? kFull : positive;
+    return static_cast<uint16_t>(clamped);
   }
 
   template <Layout kTo, Layout kFrom, class Count>
