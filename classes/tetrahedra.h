@@ -139,7 +139,7 @@ struct TableLookup {
 
   template <Layout kTo, Layout kFrom, class Count>
   void operator()(Count count, Word* target, const Word* source) const {
-    Tetrahedra tetrahedra;
+    Tetrahedra tetrahedra;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled for `count`
     int32_t channels[kStripLength][4];
     FindTetrahedra<kFrom>(count, source, tetrahedra);
     for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, channels[i]);

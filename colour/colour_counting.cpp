@@ -113,7 +113,7 @@ void CountColorsKRT(REALpicture picture, REALmemoryBlock* red, REALmemoryBlock* 
 
   PictureReader source;
   if (!source.GetPictureEditor(picture, true, false)) return;
-  Histograms histograms;
+  Histograms histograms{};
   for (int32_t channel = 0; channel < 3; ++channel) {
     const MemoryBlockBytes block = BytesOfMemoryBlock(*inOrder[channel]);
     if (!block.Holds(kHistogramBytes)) return;

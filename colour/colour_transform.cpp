@@ -69,7 +69,7 @@ REALpicture TransformColorsKRT(REALpicture picture, REALmemoryBlock red, REALmem
       !target.NewPictureWriter(source.width, source.height, false)) {
     return nullptr;
   }
-  ChannelTables tables;
+  ChannelTables tables;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled next
   CopyTable(redBlock.bytes(), tables.red);
   CopyTable(greenBlock.bytes(), tables.green);
   CopyTable(blueBlock.bytes(), tables.blue);

@@ -44,6 +44,7 @@ Instance* Instance::MakeException(std::string className) {
   return instance;
 }
 
+// NOLINTNEXTLINE(misc-new-delete-overloads): made in place, in memory of the size it needs
 void Instance::operator delete(void* memory) { std::free(memory); }
 
 uint8_t* Instance::Data() {
@@ -60,7 +61,7 @@ bool Instance::GuardIntact() const {
 }
 
 void Instance::BeforeEnd() {
-  const REALobject self = reinterpret_cast<REALobject>(this);
+  auto* const self = reinterpret_cast<REALobject>(this);
   for (const RegisteredClass* of = registered; of != nullptr; of = of->super) {
     if (of->destructor != nullptr) reinterpret_cast<void (*)(REALobject)>(of->destructor)(self);
   }

@@ -129,6 +129,7 @@ Outcome BoundCall::Invoke(const Invoker& invoker) const {
     slot.Store<void*>(&variables[i]);
   }
   std::vector<void*> arguments;
+  arguments.reserve(slots.size());
   for (Slot& slot : slots) arguments.push_back(&slot);
 
   Slot resultSlot;

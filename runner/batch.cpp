@@ -1,5 +1,6 @@
 // picturehost batch
 #include <csignal>
+#include <iostream>
 #include <map>
 #include <vector>
 
@@ -46,7 +47,7 @@ class NotedSignals {
   const sigset_t& LetIn() const { return before; }
 
  private:
-  sigset_t before;
+  sigset_t before{};
 };
 
 std::vector<FileJob> PlanJobs(const Options& options) {
@@ -95,7 +96,7 @@ void Account(const TaskReport& report, const FileJob& job, Progress* progress, T
   }
   for (char& c : why)
     if (c == '\n') c = ' ';
-  std::fprintf(stderr, "picturehost: %s: %s\n", Shown(job.file.native()).c_str(), why.c_str());
+  std::cerr << "picturehost: " + Shown(job.file.native()) + ": " + why + "\n";
 }
 
 Tally Work(const std::vector<FileJob>& jobs, size_t workers, const Crew::Task& task) {
@@ -143,9 +144,9 @@ int RunBatch(const Options& options) {
     return DoFileJob(jobs[task], statements, *setup.host, setup.images, &session);
   });
   if (interruptedBy != 0) {
-    std::fprintf(stderr,
-                 "picturehost: interrupted, %zu of %zu files done; --skip-existing goes on\n",
-                 tally.written + tally.failed, jobs.size());
+    std::cerr << "picturehost: interrupted, " + std::to_string(tally.written + tally.failed) +
+                     " of " + std::to_string(jobs.size()) +
+                     " files done; --skip-existing goes on\n";
     return 128 + interruptedBy;
   }
   Print(Summary(tally, all - jobs.size(), options));

@@ -1,8 +1,10 @@
 #include "runner/commands.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <exception>
+#include <iostream>
 #include <string_view>
 
 #include "runner/failure.h"
@@ -16,7 +18,7 @@ void Complain(std::string message) {
   while (!message.empty() && message.back() == '\n') message.pop_back();
   for (char& c : message)
     if (c == '\n' || c == '\r') c = ' ';
-  std::fprintf(stderr, "picturehost: %s\n", message.c_str());
+  std::cerr << "picturehost: " + message + "\n";
 }
 
 int RunCommand(const Options& options) {
@@ -34,8 +36,7 @@ int RunCommand(const Options& options) {
 }  // namespace
 
 void Print(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
     throw Failure(std::string("can't write to standard output: ") + std::strerror(errno));
 }
 

@@ -46,8 +46,8 @@ class Crew {
 
  private:
   struct Worker {
-    pid_t process;
-    int socket;
+    pid_t process = 0;
+    int socket = -1;
     std::optional<size_t> task;
   };
   Worker& Hire();

@@ -42,6 +42,7 @@ constexpr std::array<Named, 7> kLayouts = {{
 
 std::vector<std::string> LayoutNames() {
   std::vector<std::string> names;
+  names.reserve(kLayouts.size());
   for (const Named& entry : kLayouts) names.emplace_back(entry.name);
   return names;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
+#include <string_view>
 
 namespace runner {
 namespace {
@@ -60,9 +60,9 @@ std::string Quoted(std::string_view text) {
     } else if (text[i] == '\t') {
       quoted += "\\t";
     } else {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<uint8_t>(text[i]));
-      quoted += escape;
+      constexpr std::string_view kDigits = "0123456789ABCDEF";
+      const auto byte = static_cast<uint8_t>(text[i]);
+      quoted.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
     }
     i += std::max<size_t>(length, 1);
   }

@@ -1,7 +1,7 @@
 #include "runner/operand.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <string_view>
 
 #include "runner/names.h"
 
@@ -25,9 +25,10 @@ std::string DescribeBlock(const host::MemoryBlock& block) {
   std::string text = "memoryblock of " + std::to_string(bytes.size()) + " bytes";
   constexpr size_t kShown = 16;
   for (size_t i = 0; i < std::min(bytes.size(), kShown); ++i) {
-    char hex[8];
-    std::snprintf(hex, sizeof hex, "%s%02x", i == 0 ? ": " : " ", bytes[i]);
-    text += hex;
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    text.append(i == 0 ? ": " : " ")
+        .append(1, kDigits[bytes[i] >> 4])
+        .append(1, kDigits[bytes[i] & 15]);
   }
   return bytes.size() > kShown ? text + " ..." : text;
 }

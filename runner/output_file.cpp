@@ -30,7 +30,7 @@ std::array<volatile sig_atomic_t, kSlots> taken;
 
 // Processes of several machines may write into one folder and have one number. Taken as the program
 // starts, so that worker processes have it, too.
-const uint32_t kMark = std::random_device{}();
+const uint32_t kMark = std::random_device{}();  // NOLINT(cert-err58-cpp): no start without it
 
 std::string TemporaryName(pid_t process, int slot) {
   return ".picturehost-" + std::to_string(kMark) + "-" + std::to_string(process) + "-" +
@@ -114,7 +114,7 @@ void OutputFile::Write(const void* bytes, size_t count) {
 void OutputFile::Commit() {
   if (!temporary.empty()) {
     // Rights and owner stay what they were; a file system that has no such thing is not an error.
-    struct stat before;
+    struct stat before {};
     if (::stat(destination.c_str(), &before) == 0)
       static_cast<void>(::fchmod(file, before.st_mode & 07777));
   }

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <iostream>
 
 namespace runner {
 namespace {
@@ -37,14 +37,13 @@ void Progress::Show(size_t done, size_t failed) {
   if (!terminal) return;
   const auto now = std::chrono::steady_clock::now();
   if (drawn && done < total && now - last < std::chrono::milliseconds(100)) return;
-  std::fprintf(stderr, "\r\033[K%s", ProgressBar(done, total, failed, TerminalColumns()).c_str());
-  std::fflush(stderr);
+  std::cerr << "\r\033[K" + ProgressBar(done, total, failed, TerminalColumns());
   drawn = true;
   last = now;
 }
 
 void Progress::Clear() {
-  if (drawn) std::fputs("\r\033[K", stderr);
+  if (drawn) std::cerr << "\r\033[K";
   drawn = false;
 }
 

@@ -53,7 +53,7 @@ std::string WhyNoWaveform(const host::BoundCall& call) {
 }  // namespace
 
 std::string WhyNoPicture(const PictureRef& picture, const host::Settings& settings) {
-  const std::string reason = WhyUnfit(picture, settings);
+  std::string reason = WhyUnfit(picture, settings);
   if (!reason.empty()) return reason;
   return kUnexplained;
 }
@@ -72,7 +72,7 @@ std::string NilByArguments(const host::BoundCall& call, const host::Settings& se
       pictures.emplace_back();
   }
   for (const PictureRef& picture : pictures)
-    if (const std::string reason = WhyUnfit(picture, settings); !reason.empty()) return reason;
+    if (std::string reason = WhyUnfit(picture, settings); !reason.empty()) return reason;
   for (const PictureRef& picture : pictures)
     if (SizeOf(*picture) != SizeOf(*pictures.front()))
       return "the pictures differ in size, " + SizeOf(*pictures.front()) + " and " +

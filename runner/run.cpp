@@ -42,6 +42,7 @@ OutputFile Stage(const fs::path& path, const Operand& operand, const std::string
 
 std::vector<Statement> ParseAll(const std::vector<std::string>& expressions) {
   std::vector<Statement> statements;
+  statements.reserve(expressions.size());
   for (const std::string& text : expressions) statements.push_back(ParseOrFail(text));
   return statements;
 }

@@ -23,12 +23,14 @@ uint8_t* FieldOf(Instance& instance, const Property& property) {
 template <class T>
 T ReadField(Instance& instance, const Property& property) {
   T value;
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): the size of a pointer is meant where T is one
   std::memcpy(&value, FieldOf(instance, property), sizeof value);
   return value;
 }
 
 template <class T>
 void WriteField(Instance& instance, const Property& property, T value) {
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): as above
   std::memcpy(FieldOf(instance, property), &value, sizeof value);
 }
 

@@ -9,6 +9,7 @@ namespace host::runtime {
 Objects::~Objects() {
   // The host ends: nothing of the plug-in runs any more. A Ref that outlives the host must not meet
   // another object at its own object's address, so what still lives is emptied and stays.
+  // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new): without memory the program ends
   static auto* abandoned = new std::vector<Object*>;
   for (const auto& [serial, object] : bySerial) {
     object->Dispose();

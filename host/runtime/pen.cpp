@@ -52,7 +52,8 @@ PenSpan PenLine::At(int32_t y) const {
   if (first > last) return {};
 
   // How far to the side the first and the last of those points lie.
-  int64_t from, to;
+  int64_t from = 0;
+  int64_t to = 0;
   if (dx >= dy) {
     from = first == 0 ? 0 : FirstWithShorter(first);
     to = last == dy ? dx : FirstWithShorter(last + 1) - 1;

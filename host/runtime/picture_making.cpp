@@ -69,7 +69,7 @@ std::string WhyNoPicture(const Settings& settings, int64_t width, int64_t height
   }
   if (layout.storage == Storage::kVector) return {};
   if (layout.storage == Storage::kEmpty) return "an empty picture has no size";
-  const std::string layoutFault = WhyNoLayout(layout);
+  std::string layoutFault = WhyNoLayout(layout);
   if (!layoutFault.empty()) return layoutFault;
   if (RowBytesOf(width, layout) * static_cast<uint64_t>(height) > settings.maximumPixelBytes) {
     return "a picture of " + size + " pixels takes more memory than this host gives";
@@ -134,7 +134,7 @@ std::string WhyNoPictureOver(const Settings& settings, const ForeignPixels& pixe
   if (layout.storage != Storage::kBitmapContext || layout.bitsPerPixel != 32) {
     return "only bitmap contexts of 32 bits can have foreign pixels";
   }
-  const std::string fault = WhyNoPicture(settings, pixels.width, pixels.height, layout);
+  std::string fault = WhyNoPicture(settings, pixels.width, pixels.height, layout);
   if (!fault.empty()) return fault;
   if (pixels.first == nullptr || reinterpret_cast<uintptr_t>(pixels.first) % 4 != 0) {
     return "foreign pixels begin at a multiple of 4 bytes";

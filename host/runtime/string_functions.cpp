@@ -65,6 +65,7 @@ bool GetStringData(HostState& state, REALstring handle, uint32_t encoding, REALs
   if (bytes.size() > INT32_MAX - 4) return false;
   auto* data = static_cast<char*>(std::malloc(bytes.size() + 4));
   if (data == nullptr) return false;
+  // NOLINTNEXTLINE(bugprone-not-null-terminated-result): the zeros come next
   std::memcpy(data, bytes.data(), bytes.size());
   std::memset(data + bytes.size(), 0, 4);
   const uint64_t serial = state.objects.NextSerial();
