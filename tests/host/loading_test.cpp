@@ -1,3 +1,4 @@
+#include "places.h"
 #include "tests/host/host_test.h"
 
 namespace host {

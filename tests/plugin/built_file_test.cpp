@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "places.h"
+
 #ifndef PICTURE_SANITIZED
 
 namespace {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 
+#include "places.h"
 #include "runner/failure.h"
 
 namespace runner {

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "places.h"
 #include "tests/runner/run_fixture.h"
 
 namespace runner {

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "places.h"
+
 namespace runner {
 namespace {
 

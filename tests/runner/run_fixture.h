@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "places.h"
 #include "tests/runner/images.h"
 #include "tests/runner/program.h"
 #include "tests/runner/scratch.h"

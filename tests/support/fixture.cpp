@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include "places.h"
 #include "tests/support/macho_imports.h"
 
 namespace support {
