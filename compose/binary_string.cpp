@@ -78,6 +78,7 @@ constexpr int64_t StringSize(int32_t width, int32_t height) {
 }
 
 void WriteHeader(uint8_t* bytes, uint32_t size, int32_t width, int32_t height) {
+  memset(bytes, 0, kHeaderSize);
   memcpy(bytes, kMagic, sizeof kMagic);
   PutBigEndian(bytes + 4, size);
   PutBigEndian(bytes + 8, static_cast<uint32_t>(width));
@@ -123,7 +124,7 @@ REALstring PicturetoBinaryString(REALpicture picture) {
   if (!source.GetPictureEditor(picture, true, false)) return nullptr;
   const int64_t size = StringSize(source.width, source.height);
   if (!IsBufferSize(size)) return nullptr;
-  const Buffer string = Buffer::Zeroed(static_cast<size_t>(size));
+  const Buffer string = Buffer::Uncleared(static_cast<size_t>(size));  // filled to the last byte
   if (!string) return nullptr;
 
   WriteHeader(string.bytes(), static_cast<uint32_t>(size), source.width, source.height);
