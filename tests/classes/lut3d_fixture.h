@@ -83,10 +83,10 @@ class Lut3D : public FilterTest {
   Lut3D() : FilterTest("PictureLut3DKRT") {}
 
   void SetEntry(const Filter& filter, uint32_t r, uint32_t g, uint32_t b, uint32_t x, double v) {
-    Host().CallSetter(Find("PictureLut3DKRT", "Table", 4), filter, r, g, b, x, v);
+    Assign(Find("PictureLut3DKRT", "Table", 4), filter, r, g, b, x, v);
   }
   double GetEntry(const Filter& filter, uint32_t r, uint32_t g, uint32_t b, uint32_t x) {
-    return Host().Call<double>(Find("PictureLut3DKRT", "Table", 4), filter, r, g, b, x);
+    return CallOn<double>(filter, "Table", r, g, b, x);
   }
   // Calls the registered functions straight away: a table has many entries.
   void SetTable(const Filter& filter, const Table& table) {

@@ -56,7 +56,7 @@ class EmbeddedMaskTest : public support::PluginTest {
   }
   void Set(const PictureRef& picture, bool swap, const PictureRef& mask) {
     const host::Snapshot before = Host().census.Take();
-    Host().CallSetter(Find("Picture", "EmbeddedMaskKRT", 1), picture, swap, mask);
+    Assign(Find("Picture", "EmbeddedMaskKRT", 1), picture, swap, mask);
     EXPECT_EQ(Host().census.DifferenceText(before), "");
   }
 
