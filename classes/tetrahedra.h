@@ -36,9 +36,6 @@ constexpr int32_t CellAxis(int32_t value, int32_t lower, int32_t tie, int32_t st
 constexpr int32_t FractionOf(int32_t axis) { return axis >> kFractionBit; }
 constexpr int32_t StrideOf(int32_t axis) { return axis & kStrideMask; }
 
-constexpr int32_t Lesser(int32_t a, int32_t b) { return a < b ? a : b; }
-constexpr int32_t Greater(int32_t a, int32_t b) { return a < b ? b : a; }
-
 // The tetrahedron of a cell in which a colour lies: it runs from the lowest corner along the three
 // axes, that of the greatest fraction first, to the highest.
 struct Tetrahedron {
@@ -59,11 +56,11 @@ constexpr Tetrahedron TetrahedronOf(Pixel p) {
   const int32_t green = CellAxis(p.green, g, 2, kStrideG);
   const int32_t blue = CellAxis(p.blue, b, red > green ? 3 : 0, kStrideB);
 
-  const int32_t greater = Greater(red, green);
-  const int32_t lesser = Lesser(red, green);
-  const int32_t middle = Lesser(greater, blue);
-  return {r * kStrideR + g * kStrideG + b * kStrideB, Greater(greater, blue),
-          Greater(middle, lesser), Lesser(middle, lesser)};
+  const int32_t greater = Larger(red, green);
+  const int32_t lesser = Smaller(red, green);
+  const int32_t middle = Smaller(greater, blue);
+  return {r * kStrideR + g * kStrideG + b * kStrideB, Larger(greater, blue), Larger(middle, lesser),
+          Smaller(middle, lesser)};
 }
 
 // The tetrahedra of a strip of colours: where their corners are in the table, and the fractions in

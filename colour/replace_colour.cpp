@@ -29,7 +29,9 @@ struct Extract {
 
   template <Layout kTo, Layout kFrom>
   constexpr uint32_t operator()(uint32_t word) const {
-    return HasColour<kFrom>(word, search) ? Pack<kTo>(replacement) : Pack<kTo>(background);
+    // Chosen as a difference: of two packed colours clang would choose each channel by itself.
+    const uint32_t difference = Pack<kTo>(replacement) ^ Pack<kTo>(background);
+    return Pack<kTo>(background) ^ (HasColour<kFrom>(word, search) ? difference : 0);
   }
 };
 

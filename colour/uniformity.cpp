@@ -19,9 +19,6 @@ constexpr int32_t BlackFault(Pixel p) { return p.red | p.green | p.blue; }
 constexpr int32_t WhiteFault(Pixel p) { return (p.red ^ 255) | (p.green ^ 255) | (p.blue ^ 255); }
 constexpr int32_t ExactGrayFault(Pixel p) { return (p.red ^ p.green) | (p.green ^ p.blue); }
 
-constexpr int32_t Smaller(int32_t a, int32_t b) { return a < b ? a : b; }
-constexpr int32_t Larger(int32_t a, int32_t b) { return a > b ? a : b; }
-
 // The largest of the three differences between channels is the one between their extremes.
 constexpr int32_t GrayFault(Pixel p, int32_t tolerance) {
   const int32_t most = Larger(Larger(p.red, p.green), p.blue);

@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr int32_t Larger(int32_t a, int32_t b) { return a > b ? a : b; }
-
 constexpr Pixel Merge(Pixel a, Pixel b) {
   return {Larger(a.red, b.red), Larger(a.green, b.green), Larger(a.blue, b.blue)};
 }

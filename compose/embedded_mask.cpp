@@ -52,8 +52,6 @@ struct ReplaceFirstBytes {
   }
 };
 
-constexpr int32_t Smaller(int32_t a, int32_t b) { return a < b ? a : b; }
-
 // What two pictures have in common.
 Rectangle Overlap(const PictureEditor& a, const PictureEditor& b) {
   return {0, 0, Smaller(a.width, b.width), Smaller(a.height, b.height)};

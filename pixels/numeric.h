@@ -11,6 +11,9 @@ constexpr int32_t TruncateToInt32(double value) {
                                                        : std::numeric_limits<int32_t>::min();
 }
 
+constexpr int32_t Smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+constexpr int32_t Larger(int32_t a, int32_t b) { return a < b ? b : a; }
+
 // The nearest channel value: below 0 gives 0, above 255 gives 255.
 constexpr int32_t ClampToByte(int32_t value) { return value < 0 ? 0 : value > 255 ? 255 : value; }
 

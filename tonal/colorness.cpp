@@ -13,7 +13,6 @@ namespace {
 constexpr int32_t kDarkest = 29;
 
 constexpr int32_t Distance(int32_t a, int32_t b) { return a < b ? b - a : a - b; }
-constexpr int32_t Larger(int32_t a, int32_t b) { return a < b ? b : a; }
 
 // Computes both sides of the `and`, for rows without branches.
 constexpr bool IsColoured(Pixel p, int32_t threshold) {
