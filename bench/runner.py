@@ -14,7 +14,7 @@ import subprocess
 import sys
 import time
 
-from PIL import Image
+from PIL import Image, ImageOps
 
 PHOTO = pathlib.Path(__file__).resolve().parent.parent / "examples/photos/coffee.png"
 SIZE = (4000, 3000)
@@ -62,11 +62,24 @@ def seconds(command, cwd):
     return after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
 
 
+def photograph():
+    """12 megapixels with as much detail in each as a photograph has: mirrored tiles. Enlarged, it would be
+    smooth, and its file a third as large."""
+    tile = Image.open(PHOTO).convert("RGB")
+    whole = Image.new("RGB", SIZE)
+    for column in range(0, SIZE[0], tile.width):
+        for row in range(0, SIZE[1], tile.height):
+            turned = ImageOps.mirror(tile) if column // tile.width % 2 else tile
+            whole.paste(ImageOps.flip(turned) if row // tile.height % 2 else turned, (column, row))
+    return whole
+
+
 def main():
     program, work = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir(parents=True)
-    Image.open(PHOTO).convert("RGB").resize(SIZE, Image.LANCZOS).save(work / "photo.jpg", quality=92)
+    photograph().save(work / "photo.jpg", quality=92)
+    megabytes = (work / "photo.jpg").stat().st_size / 1e6
 
     # The result isn't written where it says something else than the photograph: encoding it takes
     # another time. The picture before the call is what is encoded in every run.
@@ -74,13 +87,14 @@ def main():
         kept = [f"kept = {IDENTITY}", *expressions, "kept"]
         return seconds([program, "run", "photo.jpg", *kept, "--output", "out.jpg"], work)
 
-    print(f"{'of a run on 12 megapixels, decoding and encoding are':60s}   goal: more than {GOAL} %")
+    heading = f"of a run on 12 megapixels ({megabytes:.1f} MB), decoding and encoding are"
+    print(f"{heading:68s}   goal: more than {GOAL} %")
     missed = []
     for call in CALLS:
         rounds = [(run(), run(call)) for _ in range(ROUNDS)]
         share = 100 * statistics.median(plain / called for plain, called in rounds)
         name = call.split("(")[0]
-        print(f"  {name:58s} {min(share, 100):5.1f} %  {'yes' if share > GOAL else 'NO'}", flush=True)
+        print(f"  {name:66s} {min(share, 100):5.1f} %  {'yes' if share > GOAL else 'NO'}", flush=True)
         if share <= GOAL:
             missed.append(name)
     print("missed: " + (", ".join(missed) or "none"))
