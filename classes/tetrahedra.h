@@ -93,20 +93,24 @@ void FindTetrahedra(Count count, const Word* colours, Tetrahedra& found) {
 
 // The three channels of a grid point, and one double more that nobody looks at, so that they are
 // computed together. (The last point that a picture reaches isn't the last of the table.)
-using Quad = double __attribute__((vector_size(32)));
-using QuadOfInt32 = int32_t __attribute__((vector_size(16)));
+inline constexpr int32_t kQuad = 4;
+using Quad = double __attribute__((vector_size(kQuad * sizeof(double))));
 
 inline void LoadGridPoint(const double* point, Quad& channels) {
   __builtin_memcpy(&channels, point, sizeof(channels));
+}
+
+inline void LoadFraction(int32_t seventeenths, Quad& fraction) {
+  const double value = kFractions.of[seventeenths];
+  fraction = Quad{value, value, value, value};
 }
 
 // Interpolates in tetrahedron i:
 //
 //   (1 - f1) * C0 + (f1 - f2) * C1 + (f2 - f3) * C2 + f3 * C3
 //
-// with the fractions f and the corners C of `table`. Channels are truncated, and clamped to 0 to
-// 255; what isn't a number gives 0.
-inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, int32_t channels[4]) {
+// with the fractions f and the corners C of `table`.
+inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, double* channels) {
   Quad c0;
   Quad c1;
   Quad c2;
@@ -115,33 +119,43 @@ inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, int32_t 
   LoadGridPoint(table + t.corner1[i], c1);
   LoadGridPoint(table + t.corner2[i], c2);
   LoadGridPoint(table + t.corner3[i], c3);
-  const double f1 = kFractions.of[t.fraction1[i]];
-  const double f2 = kFractions.of[t.fraction2[i]];
-  const double f3 = kFractions.of[t.fraction3[i]];
+  Quad f1;
+  Quad f2;
+  Quad f3;
+  LoadFraction(t.fraction1[i], f1);
+  LoadFraction(t.fraction2[i], f2);
+  LoadFraction(t.fraction3[i], f3);
   const Quad sum = (1.0 - f1) * c0 + (f1 - f2) * c1 + (f2 - f3) * c2 + f3 * c3;
-
-  constexpr Quad kLeast{0.0, 0.0, 0.0, 0.0};
-  constexpr Quad kMost{255.0, 255.0, 255.0, 255.0};
-  const Quad positive = sum > kLeast ? sum : kLeast;
-  const Quad clamped = positive < kMost ? positive : kMost;
-  const QuadOfInt32 whole = __builtin_convertvector(clamped, QuadOfInt32);
-  __builtin_memcpy(channels, &whole, sizeof(whole));
+  __builtin_memcpy(channels, &sum, sizeof(sum));
 }
 
-// Takes each colour of a strip through a table. The passes over the strip are what makes it fast:
-// finding the tetrahedra fills vectors, and so does packing; branches, which a processor would
-// guess wrong at every other pixel of a photograph, there are none.
+// Takes each colour of a strip through a table. Several passes over the strip are what makes it
+// fast: all but the sum fill vectors, each is so short that a processor works on many pixels at
+// once, and there are no branches, which it would guess wrong at every other pixel of a photograph.
 struct TableLookup {
   const double* table;
 
+  // Channels are clamped to these and truncated; what isn't a number gives the least. They are kept
+  // here, because only of limits that it doesn't know does g++ 12 make one operation each.
+  double least = 0.0;
+  double most = 255.0;
+
   template <Layout kTo, Layout kFrom, class Count>
   void operator()(Count count, Word* target, const Word* source) const {
-    Tetrahedra tetrahedra;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled for `count`
-    int32_t channels[kStripLength][4];
+    // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled for `count`
+    Tetrahedra tetrahedra;
+    double sums[kStripLength * kQuad];
+    int32_t channels[kStripLength * kQuad];
+    // NOLINTEND(cppcoreguidelines-pro-type-member-init)
     FindTetrahedra<kFrom>(count, source, tetrahedra);
-    for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, channels[i]);
+    for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, sums + i * kQuad);
+    for (int32_t i = 0; i < count * kQuad; ++i) {
+      const double positive = sums[i] > least ? sums[i] : least;
+      channels[i] = static_cast<int32_t>(positive < most ? positive : most);
+    }
     for (int32_t i = 0; i < count; ++i) {
-      target[i] = Pack<kTo>({channels[i][0], channels[i][1], channels[i][2]});
+      const int32_t* of_pixel = channels + i * kQuad;
+      target[i] = Pack<kTo>({of_pixel[0], of_pixel[1], of_pixel[2]});
     }
   }
 };

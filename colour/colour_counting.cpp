@@ -55,27 +55,27 @@ void CountChannels(Pixel p, int32_t lane, Counters& counters) {
 
 // Not compiled for wider vectors, which are of no use here and make the loop slower.
 template <Layout kLayout, class Counters>
-__attribute__((noinline)) void CountRow(const Word* row, int32_t count, Counters& counters) {
+__attribute__((noinline)) void CountPixels(const Word* first, int32_t count, Counters& counters) {
   int32_t x = 0;
   for (; x <= count - kLanes; x += kLanes) {
     for (int32_t lane = 0; lane < kLanes; ++lane) {
-      CountChannels(Unpack<kLayout>(row[x + lane]), lane, counters);
+      CountChannels(Unpack<kLayout>(first[x + lane]), lane, counters);
     }
   }
-  for (; x < count; ++x) CountChannels(Unpack<kLayout>(row[x]), 0, counters);
+  for (; x < count; ++x) CountChannels(Unpack<kLayout>(first[x]), 0, counters);
 }
 
 template <class Counters>
-void CountRows(const PictureReader& source, Counters& counters) {
-  VisitRows(source, WholeOf(source), [&]<Layout kLayout>(const Word* row, int32_t count) {
-    CountRow<kLayout>(row, count, counters);
+void CountPicture(const PictureReader& source, Counters& counters) {
+  VisitPixels(source, WholeOf(source), [&]<Layout kLayout>(const Word* first, int32_t count) {
+    CountPixels<kLayout>(first, count, counters);
     return true;
   });
 }
 
-void CountRowsInLanes(const PictureReader& source, const Histograms& histograms) {
+void CountInLanes(const PictureReader& source, const Histograms& histograms) {
   LaneHistograms lanes{};
-  CountRows(source, lanes);
+  CountPicture(source, lanes);
   for (int32_t channel = 0; channel < 3; ++channel) {
     Word* counters = histograms.channels[channel];
     for (int32_t value = 0; value < kValues; ++value) {
@@ -90,11 +90,11 @@ int32_t CountColorKRT(REALpicture picture, uint32_t colour) {
   PictureReader source;
   if (!source.GetPictureEditor(picture, true, false)) return 0;
   uint32_t found = 0;
-  VisitRows(source, WholeOf(source), [&]<Layout kLayout>(const Word* row, int32_t count) {
+  VisitPixels(source, WholeOf(source), [&]<Layout kLayout>(const Word* first, int32_t count) {
     const Pixel wanted = PixelOfColour(colour);
-    uint32_t foundInRow = 0;
-    for (int32_t x = 0; x < count; ++x) foundInRow += HasColour<kLayout>(row[x], wanted);
-    found += foundInRow;
+    uint32_t here = 0;
+    for (int32_t x = 0; x < count; ++x) here += HasColour<kLayout>(first[x], wanted);
+    found += here;
     return true;
   });
   return static_cast<int32_t>(found);
@@ -125,9 +125,9 @@ void CountColorsKRT(REALpicture picture, REALmemoryBlock* red, REALmemoryBlock* 
       whole.IsEmpty() ? 0
                       : static_cast<uint32_t>(whole.right) * static_cast<uint32_t>(whole.bottom);
   if (pixels < kFewPixels) {
-    CountRows(source, histograms);
+    CountPicture(source, histograms);
   } else {
-    CountRowsInLanes(source, histograms);
+    CountInLanes(source, histograms);
   }
   *count = static_cast<int32_t>(pixels);
 }

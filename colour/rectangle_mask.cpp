@@ -38,7 +38,6 @@ void MarkColoured(const PictureEditor& source, const Rectangle& clip, const BitG
       row[WordOf(x)] |= bits << BitOf(x);
       done += part;
     }
-    return true;
   });
 }
 

@@ -31,18 +31,19 @@ constexpr int32_t EffectiveTolerance(int32_t tolerance) {
   return tolerance < -255 || tolerance > 255 ? 255 : tolerance < 0 ? -tolerance : tolerance;
 }
 
-// 1 when no pixel of the rectangle has a fault. The faults of a row are gathered without a branch
-// and looked at once.
+// 1 when no pixel of the rectangle has a fault. Faults are gathered without a branch and looked at
+// once for all the pixels of a visit.
 template <class Fault>
 int8_t AllPass(REALpicture picture, const RectangleRequest& request, const Fault& fault) {
   PictureReader source;
   if (!source.GetPictureEditor(picture, true, false)) return 0;
-  return VisitRows(source, ClipRectangle(request, source.width, source.height),
-                   [&]<Layout kLayout>(const Word* row, int32_t count) {
-                     int32_t faults = 0;
-                     for (int32_t x = 0; x < count; ++x) faults |= fault(Unpack<kLayout>(row[x]));
-                     return faults == 0;
-                   });
+  return VisitPixels(source, ClipRectangle(request, source.width, source.height),
+                     [&]<Layout kLayout>(const Word* first, int32_t count) {
+                       int32_t faults = 0;
+                       for (int32_t x = 0; x < count; ++x)
+                         faults |= fault(Unpack<kLayout>(first[x]));
+                       return faults == 0;
+                     });
 }
 
 }  // namespace

@@ -45,23 +45,23 @@ constexpr uint32_t StringPixel(uint32_t word) {
   return Pack<Layout::rgba>(Unpack<kFrom>(word)) & 0xFFFFFF;
 }
 
-// A row of pixels as the string has it. Four pixels are three words, which is three to eight times
+// Pixels as the string has them. Four pixels are three words, which is three to eight times
 // as fast as bytes.
 template <Layout kFrom>
-void PutRow(const Word* row, size_t count, uint8_t* bytes) {
+void PutPixels(const Word* first, size_t count, uint8_t* bytes) {
   const size_t groups = count / 4;
   for (size_t i = 0; i < groups; ++i) {
-    const uint32_t a = StringPixel<kFrom>(row[4 * i]);
-    const uint32_t b = StringPixel<kFrom>(row[4 * i + 1]);
-    const uint32_t c = StringPixel<kFrom>(row[4 * i + 2]);
-    const uint32_t d = StringPixel<kFrom>(row[4 * i + 3]);
+    const uint32_t a = StringPixel<kFrom>(first[4 * i]);
+    const uint32_t b = StringPixel<kFrom>(first[4 * i + 1]);
+    const uint32_t c = StringPixel<kFrom>(first[4 * i + 2]);
+    const uint32_t d = StringPixel<kFrom>(first[4 * i + 3]);
     Word* words = reinterpret_cast<Word*>(bytes + 12 * i);
     words[0] = a | b << 24;
     words[1] = b >> 8 | c << 16;
     words[2] = c >> 16 | d << 8;
   }
   for (size_t x = 4 * groups; x < count; ++x) {
-    const Pixel pixel = Unpack<kFrom>(row[x]);
+    const Pixel pixel = Unpack<kFrom>(first[x]);
     bytes[kPixelSize * x] = static_cast<uint8_t>(pixel.red);
     bytes[kPixelSize * x + 1] = static_cast<uint8_t>(pixel.green);
     bytes[kPixelSize * x + 2] = static_cast<uint8_t>(pixel.blue);
@@ -129,13 +129,13 @@ REALstring PicturetoBinaryString(REALpicture picture) {
 
   WriteHeader(string.bytes(), static_cast<uint32_t>(size), source.width, source.height);
   uint8_t* next = string.bytes() + kHeaderSize;
-  VisitRows(source, {0, 0, source.width, source.height},
-            [&]<Layout kFrom>(const Word* row, int32_t count) {
-              const auto length = static_cast<size_t>(count);
-              PutRow<kFrom>(row, length, next);
-              next += length * kPixelSize;
-              return true;
-            });
+  VisitPixels(source, {0, 0, source.width, source.height},
+              [&]<Layout kFrom>(const Word* first, int32_t count) {
+                const auto length = static_cast<size_t>(count);
+                PutPixels<kFrom>(first, length, next);
+                next += length * kPixelSize;
+                return true;
+              });
 
   REALstring result =
       REALBuildString(reinterpret_cast<const char*>(string.bytes()), static_cast<int32_t>(size));

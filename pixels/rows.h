@@ -70,6 +70,31 @@ inline Rectangle Within(const PictureEditor& picture, Rectangle rectangle) {
   return rectangle;
 }
 
+// Whether the rows of `area` are whole rows of the picture that lie one behind the other.
+inline bool HasRowsInOnePiece(const PictureEditor& picture, const Rectangle& area) {
+  return picture.rowTable == nullptr && area.right - area.left == picture.width &&
+         picture.rowBytes == int64_t{picture.width} * static_cast<int64_t>(sizeof(Word));
+}
+
+// Rows that lie one behind the other in all pictures are walked together, so that a small picture
+// isn't all beginnings and ends of rows; but so few that stopping early is worth its while.
+inline constexpr int32_t kPixelsTogether = 4096;
+
+// Calls `walk(y, count)` for the pixels of `area`, which lies inside the pictures and isn't empty,
+// from top to bottom: `count` of them, from the first one of row y on, lie one behind the other in
+// each picture. Stops when that returns false, and returns false then.
+template <class Walk, class... Pictures>
+bool WalkArea(const Rectangle& area, const Walk& walk, const Pictures&... pictures) {
+  const int32_t width = area.right - area.left;
+  const bool together = width < kPixelsTogether && (HasRowsInOnePiece(pictures, area) && ...);
+  const int32_t rows = together ? kPixelsTogether / width : 1;
+  int32_t y = area.top;
+  for (; y < area.bottom - rows; y += rows) {
+    if (!walk(y, rows * width)) return false;
+  }
+  return walk(y, (area.bottom - y) * width);
+}
+
 // One row. `strip` is called as MapStrips says.
 template <Layout kTo, Layout... kFrom, class Strip>
 void MapRow(int32_t count, const Strip& strip, Word* target, SourceRow<kFrom>... sources) {
@@ -83,8 +108,8 @@ void MapRow(int32_t count, const Strip& strip, Word* target, SourceRow<kFrom>...
 }
 
 // Calls `strip.operator()<kTo, kFrom...>(count, target, sources...)` for the strips that make up
-// `rectangle`, which lies inside the sources. `count` is a WholeStrip or, at the end of a row, an
-// int32_t from 1 to kStripLength - 1. A target may be one of the sources. What a target doesn't
+// `rectangle`, which lies inside the sources. `count` is a WholeStrip or, where pixels don't go on,
+// an int32_t from 1 to kStripLength - 1. A target may be one of the sources. What a target doesn't
 // have is left out.
 template <class Strip, class... Sources>
 void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const Strip& strip,
@@ -94,10 +119,14 @@ void MapStrips(const PictureEditor& target, const Rectangle& rectangle, const St
   WithLayouts(
       [&]<Layout kTo, Layout... kFrom>() {
         RunWidest([&] {
-          for (int32_t y = area.top; y < area.bottom; ++y) {
-            MapRow<kTo, kFrom...>(area.right - area.left, strip, target.PixelAt(area.left, y),
-                                  sources.PixelAt(area.left, y)...);
-          }
+          WalkArea(
+              area,
+              [&](int32_t y, int32_t count) {
+                MapRow<kTo, kFrom...>(count, strip, target.PixelAt(area.left, y),
+                                      sources.PixelAt(area.left, y)...);
+                return true;
+              },
+              target, sources...);
         });
       },
       target, sources...);
@@ -123,19 +152,38 @@ void MapPixels(const PictureEditor& target, const Rectangle& rectangle, const Ru
   MapStrips(target, rectangle, PixelStrip<Rule>{rule}, sources...);
 }
 
-// Visits the rows of `rectangle`, which lies inside `source`, from top to bottom, until
-// `visit.operator()<kLayout>(row, count)` returns false. False when it did; true for no rows.
+// Visits the pixels of `rectangle`, which lies inside `source`, from top to bottom and left to
+// right, until `visit.operator()<kLayout>(first, count)` returns false: `count` pixels from `first`
+// on, a row or several. False when it did; true for no pixels.
 template <class Visit>
-bool VisitRows(const PictureEditor& source, const Rectangle& rectangle, const Visit& visit) {
+bool VisitPixels(const PictureEditor& source, const Rectangle& rectangle, const Visit& visit) {
   if (rectangle.IsEmpty()) return true;
   bool going = true;
   WithLayout(source.format, [&]<Layout kLayout>() {
     RunWidest([&] {
-      for (int32_t y = rectangle.top; going && y < rectangle.bottom; ++y) {
-        const Word* row = source.PixelAt(rectangle.left, y);
-        going = visit.template operator()<kLayout>(row, rectangle.right - rectangle.left);
-      }
+      going = WalkArea(
+          rectangle,
+          [&](int32_t y, int32_t count) {
+            const Word* first = source.PixelAt(rectangle.left, y);
+            return visit.template operator()<kLayout>(first, count);
+          },
+          source);
     });
   });
   return going;
+}
+
+// Visits the rows of `rectangle`, which lies inside `source`, from top to bottom, with
+// `visit.operator()<kLayout>(row, count)`.
+template <class Visit>
+void VisitRows(const PictureEditor& source, const Rectangle& rectangle, const Visit& visit) {
+  if (rectangle.IsEmpty()) return;
+  WithLayout(source.format, [&]<Layout kLayout>() {
+    RunWidest([&] {
+      for (int32_t y = rectangle.top; y < rectangle.bottom; ++y) {
+        const Word* row = source.PixelAt(rectangle.left, y);
+        visit.template operator()<kLayout>(row, rectangle.right - rectangle.left);
+      }
+    });
+  });
 }

@@ -14,7 +14,7 @@ constexpr int32_t kDarkest = 29;
 
 constexpr int32_t Distance(int32_t a, int32_t b) { return a < b ? b - a : a - b; }
 
-// Computes both sides of the `and`, for rows without branches.
+// Computes both sides of the `and`, for loops without branches.
 constexpr bool IsColoured(Pixel p, int32_t threshold) {
   const bool bright = Larger(Larger(p.red, p.blue), p.green) > kDarkest;
   const bool colourful = Larger(Distance(p.green, p.red), Distance(p.green, p.blue)) > threshold;
@@ -30,14 +30,14 @@ double ColornessKRT(REALpicture picture, int32_t threshold) {
   if (pixels == 0) return 0;
 
   int64_t coloured = 0;
-  VisitRows(source, ClipRectangle(kWholePicture, source.width, source.height),
-            [&]<Layout kLayout>(const Word* row, int32_t count) {
-              int32_t inRow = 0;
-              for (int32_t x = 0; x < count; ++x) {
-                inRow += IsColoured(Unpack<kLayout>(row[x]), threshold);
-              }
-              coloured += inRow;
-              return true;
-            });
+  VisitPixels(source, ClipRectangle(kWholePicture, source.width, source.height),
+              [&]<Layout kLayout>(const Word* first, int32_t count) {
+                int32_t here = 0;
+                for (int32_t x = 0; x < count; ++x) {
+                  here += IsColoured(Unpack<kLayout>(first[x]), threshold);
+                }
+                coloured += here;
+                return true;
+              });
   return static_cast<double>(coloured) / pixels;
 }
