@@ -42,9 +42,12 @@ void MarkColoured(const PictureEditor& source, const Rectangle& clip, const BitG
 }
 
 // What stands beside a rectangle that grows downwards, in the columns of one word at a time: the
-// word's bits in all its rows, joined. Each row is read once for each word.
+// word's bits in all its rows, joined. Each row is read once for each word, and none where `empty`
+// is, which holds nothing and begins no lower.
 class JoinedColumns {
  public:
+  explicit JoinedColumns(const Rectangle& empty) : empty_(empty) {}
+
   // How many columns from `x` on, as far as its word reaches, hold something in rows top to bottom.
   int32_t RunFrom(const BitGrid& grid, int32_t x, int32_t top, int32_t bottom) {
     Join(grid, WordOf(x), top, bottom);
@@ -61,29 +64,53 @@ class JoinedColumns {
     if (word != word_) {
       word_ = word;
       bits_ = 0;
-      nextRow_ = top;
+      const bool inEmpty =
+          word * kWordBits >= empty_.left && (word + 1) * kWordBits <= empty_.right;
+      nextRow_ = inEmpty ? Larger(top, empty_.bottom) : top;
     }
     for (; nextRow_ <= bottom; ++nextRow_) bits_ |= grid.Row(nextRow_)[word];
   }
 
+  Rectangle empty_;
   int32_t word_ = std::numeric_limits<int32_t>::min();
   int32_t nextRow_ = 0;
   uint32_t bits_ = 0;
 };
 
+// Grows a rectangle from the pixel (x, y) as far as it goes within the word that the pixel is in:
+// most end there.
+Rectangle GrowInWord(const BitGrid& coloured, int32_t x, int32_t y) {
+  const uint32_t* row = coloured.Row(y) + WordOf(x);
+  uint32_t inRows = *row;  // what stands in the rectangle's rows, joined: its columns, and others
+  uint32_t columns = RunAround(inRows, BitOf(x));
+  int32_t bottom = y + 1;
+  while (row += coloured.WordsPerRow(), (*row & columns) != 0) {
+    if ((*row & ~inRows) != 0) {
+      inRows |= *row;
+      columns = RunAround(inRows, BitOf(x));
+    }
+    ++bottom;
+  }
+  const int32_t start = WordOf(x) * kWordBits;
+  return {start + LowestBit(columns), y, start + HighestBit(columns) + 1, bottom};
+}
+
 // Grows a rectangle from the pixel (x, y). In which order the sides grow, and by how much at a
 // time, makes no difference: a step stays inside every rectangle that contains the pixel and has
 // nothing beside it, so each order ends at the smallest of those. The pixel is the first that is
-// left, so there is nothing above. What was seen to be empty isn't looked at again.
-Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y) {
-  int32_t left = x;
-  int32_t right = x;
-  int32_t bottom = y;
-  int32_t emptyFrom = x;  // the columns of the row below that are known to be empty
-  int32_t emptyTo = x - 1;
-  JoinedColumns before;
-  JoinedColumns after;
-  for (bool grew = true; grew;) {
+// left, so there is nothing above. What was seen to be empty isn't looked at again, and neither is
+// what the rectangle `taken` before left empty.
+Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y, const Rectangle& taken) {
+  const Rectangle inWord = GrowInWord(coloured, x, y);
+  int32_t left = inWord.left;
+  int32_t right = inWord.right - 1;
+  int32_t bottom = inWord.bottom - 1;
+  int32_t emptyFrom = left;  // the columns of the row below that are known to be empty
+  int32_t emptyTo = right;
+  JoinedColumns before(taken);
+  JoinedColumns after(taken);
+  const bool endsInWord = (left == 0 || BitOf(left) > 0) && BitOf(right) < kWordBits - 1;
+  for (bool grew = !endsInWord; grew;) {
     grew = false;
     while (const int32_t run = after.RunFrom(coloured, right + 1, y, bottom)) {
       right += run;
@@ -106,18 +133,43 @@ Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y) {
   return {left, y, right + 1, bottom + 1};
 }
 
-// Takes the pixels of a rectangle out of `coloured` and puts them into `covered`.
-void MoveRectangle(const Rectangle& rectangle, const BitGrid& coloured, const BitGrid& covered) {
+// Takes the pixels of a rectangle out of `coloured` and puts them into `covered`. Those of the one
+// `taken` before, which began no lower, are there already.
+void MoveRectangle(const Rectangle& rectangle, const Rectangle& taken, const BitGrid& coloured,
+                   const BitGrid& covered) {
   const int32_t last = rectangle.right - 1;
+  if (WordOf(rectangle.left) == WordOf(last)) {
+    const uint32_t columns = BitRange(BitOf(rectangle.left), BitOf(last));
+    uint32_t* from = coloured.Row(rectangle.top) + WordOf(last);
+    uint32_t* to = covered.Row(rectangle.top) + WordOf(last);
+    const int32_t wordsPerRow = coloured.WordsPerRow();
+    for (int32_t y = rectangle.top; y < rectangle.bottom; ++y) {
+      *from &= ~columns;
+      *to |= columns;
+      from += wordsPerRow;
+      to += wordsPerRow;
+    }
+    return;
+  }
+  const auto move = [&](int32_t y, int32_t from, int32_t to) {
+    ClearBits(coloured.Row(y), from, to);
+    SetBits(covered.Row(y), from, to);
+  };
+  const bool around = rectangle.left <= taken.left && taken.right <= rectangle.right;
   for (int32_t y = rectangle.top; y < rectangle.bottom; ++y) {
-    ClearBits(coloured.Row(y), rectangle.left, last);
-    SetBits(covered.Row(y), rectangle.left, last);
+    if (around && y < taken.bottom) {
+      move(y, rectangle.left, taken.left - 1);
+      move(y, taken.right, last);
+    } else {
+      move(y, rectangle.left, last);
+    }
   }
 }
 
 // Covers every coloured pixel with its rectangle; none is left in `coloured`. Where the next one
 // starts is never before the last.
 void CoverColoured(int32_t height, const BitGrid& coloured, const BitGrid& covered) {
+  Rectangle taken{};
   for (int32_t y = 0; y < height; ++y) {
     uint32_t* row = coloured.Row(y);
     const uint32_t* below = coloured.Row(y + 1);
@@ -131,7 +183,9 @@ void CoverColoured(int32_t height, const BitGrid& coloured, const BitGrid& cover
         covered.Row(y)[word] |= alone;
         if (grows == 0) break;
         const int32_t x = word * kWordBits + LowestBit(grows);
-        MoveRectangle(GrowRectangle(coloured, x, y), coloured, covered);
+        const Rectangle grown = GrowRectangle(coloured, x, y, taken);
+        MoveRectangle(grown, taken, coloured, covered);
+        taken = grown;
       }
     }
   }

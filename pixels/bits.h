@@ -14,11 +14,21 @@ constexpr uint32_t BitRange(int32_t first, int32_t last) {
   return ~0U << first & ~0U >> (31 - last);
 }
 
-// The number of the lowest bit that is set, and of the bits at the lower and at the upper end that
-// are. There must be one for the first.
+// The number of the lowest and of the highest bit that is set, of which there must be one, and of
+// the bits at the lower and at the upper end that are.
 constexpr int32_t LowestBit(uint32_t bits) { return __builtin_ctz(bits); }
+constexpr int32_t HighestBit(uint32_t bits) { return 31 - __builtin_clz(bits); }
 constexpr int32_t OnesBelow(uint32_t bits) { return ~bits == 0 ? 32 : __builtin_ctz(~bits); }
 constexpr int32_t OnesAbove(uint32_t bits) { return ~bits == 0 ? 32 : __builtin_clz(~bits); }
+
+// The bits around `bit` that are set without a gap. It must be set itself.
+constexpr uint32_t RunAround(uint32_t bits, int32_t bit) {
+  const uint32_t gapsBelow = ~bits & ((1U << bit) - 1);
+  const uint32_t gapsAbove = ~bits & ~0U << bit;
+  const int32_t first = gapsBelow == 0 ? 0 : HighestBit(gapsBelow) + 1;
+  const int32_t last = gapsAbove == 0 ? kWordBits - 1 : LowestBit(gapsAbove) - 1;
+  return BitRange(first, last);
+}
 
 // Each bit by itself: looked up, loops over the bits of a word become vectors on every processor.
 inline constexpr uint32_t kBit[kWordBits] = {

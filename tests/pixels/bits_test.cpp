@@ -50,9 +50,26 @@ TEST(Bits, OnesAreCountedFromBothEnds) {
     EXPECT_EQ(OnesAbove(word), above) << word;
     int32_t lowest = 0;
     while (lowest < 32 && !Has(word, lowest)) ++lowest;
+    int32_t highest = 31;
+    while (highest >= 0 && !Has(word, highest)) --highest;
     if (word != 0) {
       EXPECT_EQ(LowestBit(word), lowest) << word;
+      EXPECT_EQ(HighestBit(word), highest) << word;
     }
+  }
+}
+
+TEST(Bits, ARunGoesFromABitToTheGapsAroundIt) {
+  support::Random random(3);
+  for (int i = 0; i < 2000; ++i) {
+    const int32_t bit = random.Between(0, 31);
+    uint32_t word = ~0U;
+    for (int32_t gaps = random.Between(0, 6); gaps > 0; --gaps) word ^= 1U << random.Between(0, 31);
+    word |= 1U << bit;
+    uint32_t run = 0;
+    for (int32_t at = bit; at < 32 && Has(word, at); ++at) run |= 1U << at;
+    for (int32_t at = bit; at >= 0 && Has(word, at); --at) run |= 1U << at;
+    EXPECT_EQ(RunAround(word, bit), run) << word << ", bit " << bit;
   }
 }
 
