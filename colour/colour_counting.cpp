@@ -46,11 +46,14 @@ struct LaneHistograms {
 };
 constexpr uint32_t kFewPixels = 4096;
 
-template <class Counters>
-void CountChannels(Pixel p, int32_t lane, Counters& counters) {
-  ++counters.Counters(lane, 0)[p.red];
-  ++counters.Counters(lane, 1)[p.green];
-  ++counters.Counters(lane, 2)[p.blue];
+// Reads each channel by itself, which is less work than to take it out of the pixel's word.
+template <Layout kLayout, class Counters>
+void CountChannels(const Word* pixel, int32_t lane, Counters& counters) {
+  using Bits = LayoutBits<kLayout>;
+  const auto* bytes = reinterpret_cast<const uint8_t*>(pixel);
+  ++counters.Counters(lane, 0)[bytes[Bits::kRed / 8]];
+  ++counters.Counters(lane, 1)[bytes[Bits::kGreen / 8]];
+  ++counters.Counters(lane, 2)[bytes[Bits::kBlue / 8]];
 }
 
 // Not compiled for wider vectors, which are of no use here and make the loop slower.
@@ -59,10 +62,10 @@ __attribute__((noinline)) void CountPixels(const Word* first, int32_t count, Cou
   int32_t x = 0;
   for (; x <= count - kLanes; x += kLanes) {
     for (int32_t lane = 0; lane < kLanes; ++lane) {
-      CountChannels(Unpack<kLayout>(first[x + lane]), lane, counters);
+      CountChannels<kLayout>(first + x + lane, lane, counters);
     }
   }
-  for (; x < count; ++x) CountChannels(Unpack<kLayout>(first[x]), 0, counters);
+  for (; x < count; ++x) CountChannels<kLayout>(first + x, 0, counters);
 }
 
 template <class Counters>
