@@ -18,7 +18,7 @@ from PIL import Image, ImageOps
 
 PHOTO = pathlib.Path(__file__).resolve().parent.parent / "examples/photos/coffee.png"
 SIZE = (4000, 3000)
-ROUNDS = 5
+ROUNDS = 9
 GOAL = 90
 BATCH = 6
 
@@ -91,8 +91,10 @@ def main():
     print(f"{heading:68s}   goal: more than {GOAL} %")
     missed = []
     for call in CALLS:
+        # The least of each, since whatever else the machine does only adds.
         rounds = [(run(), run(call)) for _ in range(ROUNDS)]
-        share = 100 * statistics.median(plain / called for plain, called in rounds)
+        plain, called = (min(times) for times in zip(*rounds))
+        share = 100 * plain / called
         name = call.split("(")[0]
         print(f"  {name:66s} {min(share, 100):5.1f} %  {'yes' if share > GOAL else 'NO'}", flush=True)
         if share <= GOAL:
