@@ -144,18 +144,19 @@ struct TableLookup {
   void operator()(Count count, Word* target, const Word* source) const {
     // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init): filled for `count`
     Tetrahedra tetrahedra;
-    double sums[kStripLength * kQuad];
-    int32_t channels[kStripLength * kQuad];
+    double sums[kStripLength][kQuad];
+    int32_t channels[kStripLength][kQuad];
     // NOLINTEND(cppcoreguidelines-pro-type-member-init)
     FindTetrahedra<kFrom>(count, source, tetrahedra);
-    for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, sums + i * kQuad);
+    for (int32_t i = 0; i < count; ++i) SumXYZ(table, tetrahedra, i, sums[i]);
+    const double* sum = sums[0];
+    int32_t* channel = channels[0];
     for (int32_t i = 0; i < count * kQuad; ++i) {
-      const double positive = sums[i] > least ? sums[i] : least;
-      channels[i] = static_cast<int32_t>(positive < most ? positive : most);
+      const double positive = sum[i] > least ? sum[i] : least;
+      channel[i] = static_cast<int32_t>(positive < most ? positive : most);
     }
     for (int32_t i = 0; i < count; ++i) {
-      const int32_t* of_pixel = channels + i * kQuad;
-      target[i] = Pack<kTo>({of_pixel[0], of_pixel[1], of_pixel[2]});
+      target[i] = Pack<kTo>({channels[i][0], channels[i][1], channels[i][2]});
     }
   }
 };
