@@ -133,7 +133,7 @@ inline void SumXYZ(const double* table, const Tetrahedra& t, int32_t i, double* 
 // fast: all but the sum fill vectors, each is so short that a processor works on many pixels at
 // once, and there are no branches, which it would guess wrong at every other pixel of a photograph.
 struct TableLookup {
-  const double* table;
+  const double* table = nullptr;
 
   // Channels are clamped to these and truncated; what isn't a number gives the least. They are kept
   // here, because only of limits that it doesn't know does g++ 12 make one operation each.
