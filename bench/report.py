@@ -144,7 +144,7 @@ def limits_table(limits):
 def chart(rows):
     """Bars for the plug-in, with marks for the limit and the best library, on a logarithmic scale."""
     label, scale, top, step, width = 330, 150, 56, 20, 1010
-    first, last = 0.05, 100.0
+    first, last = 0.05, 500.0
 
     def x(value):
         from math import log10
@@ -165,7 +165,7 @@ def chart(rows):
         out.append(f'<rect x="{at}" y="7" width="10" height="10" fill="{colour}"/>')
         out.append(f'<text x="{at + 14}" y="16" fill="#222">{text}</text>')
         at += 115
-    for value in (0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100):
+    for value in (0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 200, 500):
         out.append(f'<line x1="{x(value):.1f}" x2="{x(value):.1f}" y1="42" y2="{height - 12}" stroke="#ddd"/>')
         out.append(f'<text x="{x(value):.1f}" y="36" text-anchor="middle" fill="#666">{value:g}</text>')
     for i, figures in enumerate(rows):
