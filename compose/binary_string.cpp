@@ -26,6 +26,7 @@ namespace {
 
 constexpr char kMagic[] = {'P', 'P', 'I', 'C'};
 constexpr int32_t kHeaderSize = 40;
+constexpr int32_t kReadHeaderSize = 24;  // what lies behind is ignored
 constexpr int32_t kPixelSize = 3;
 
 void PutBigEndian(uint8_t* at, uint32_t value) {
@@ -70,11 +71,13 @@ void PutPixels(const Word* first, size_t count, uint8_t* bytes) {
 
 constexpr Pixel GetPixel(const uint8_t* at) { return {at[0], at[1], at[2]}; }
 
-// The length of the string of a picture, or -1 where it exceeds what a string can hold.
+// The length of the string of a picture, or -1 where there is none: the size is negative, or the
+// string would be longer than a string can be.
 constexpr int64_t StringSize(int32_t width, int32_t height) {
+  if (width < 0 || height < 0) return -1;
   constexpr int64_t kMostPixels = (std::numeric_limits<int32_t>::max() - kHeaderSize) / kPixelSize;
   const int64_t pixels = int64_t{width} * height;
-  return pixels < 0 || pixels > kMostPixels ? -1 : kHeaderSize + kPixelSize * pixels;
+  return pixels > kMostPixels ? -1 : kHeaderSize + kPixelSize * pixels;
 }
 
 void WriteHeader(uint8_t* bytes, uint32_t size, int32_t width, int32_t height) {
@@ -96,7 +99,7 @@ struct Header {
 // Reads the header of a string of `length` bytes. False when it isn't one, or when it or its pixels
 // reach beyond the string.
 bool ReadHeader(const uint8_t* bytes, int64_t length, Header* header) {
-  if (length < kHeaderSize || memcmp(bytes, kMagic, sizeof kMagic) != 0) return false;
+  if (length < kReadHeaderSize || memcmp(bytes, kMagic, sizeof kMagic) != 0) return false;
   if (BigEndian(bytes + 4) != length) return false;
   *header = {static_cast<int32_t>(BigEndian(bytes + 8)),
              static_cast<int32_t>(BigEndian(bytes + 12)), BigEndian(bytes + 20)};

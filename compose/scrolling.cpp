@@ -36,24 +36,11 @@ constexpr int32_t Forwards(int32_t shift, int32_t length) {
   return shift < 0 ? shift + length : shift;
 }
 
-// Copies a row, its pixels rotated to the right by `right` bytes. Padding keeps its place.
-void CopyRow(uint8_t* to, const uint8_t* from, size_t right, size_t pixels, size_t rowSize) {
-  if (right == 0) {
-    memmove(to, from, rowSize);
-    return;
-  }
-  memcpy(to, from + (pixels - right), right);
-  memcpy(to + right, from, pixels - right);
-  memcpy(to + pixels, from + pixels, rowSize - pixels);
-}
-
-// Rotates all rows down, and each row's pixels to the right. Each row is moved once, straight to
-// its place: the chain of rows that take each other's place closes at the row that was saved, and
-// the next chain begins one row lower. Padding moves with its row. False without memory for a row.
-bool RotateRows(const PictureEditor& picture, int32_t down, int32_t right) {
+// Rotates all rows down. Each row is moved once, straight to its place: the chain of rows that take
+// each other's place closes at the row that was saved, and the next chain begins one row lower.
+// Padding moves with its row. False without memory for a row.
+bool RotateRows(const PictureEditor& picture, int32_t down) {
   const auto rowSize = static_cast<size_t>(picture.rowBytes);
-  const auto pixels = static_cast<size_t>(picture.width) * 4;
-  const auto rightBytes = static_cast<size_t>(right) * 4;
   const Buffer saved = Buffer::Uncleared(rowSize);
   if (!saved) return false;
   int32_t placed = 0;
@@ -64,10 +51,10 @@ bool RotateRows(const PictureEditor& picture, int32_t down, int32_t right) {
       const int32_t from = Forwards(to - down, picture.height);
       ++placed;
       if (from == first) break;
-      CopyRow(picture.RowStart(to), picture.RowStart(from), rightBytes, pixels, rowSize);
+      memmove(picture.RowStart(to), picture.RowStart(from), rowSize);
       to = from;
     }
-    CopyRow(picture.RowStart(to), saved.bytes(), rightBytes, pixels, rowSize);
+    memcpy(picture.RowStart(to), saved.bytes(), rowSize);
   }
   return true;
 }
@@ -93,57 +80,22 @@ void RotateColumns(const PictureEditor& picture, int32_t right) {
   }
 }
 
-// How many rows down a vertical scroll takes each row; nothing where it can't be done.
-bool VerticalRotation(const PictureEditor& picture, int32_t delta, int32_t* down) {
-  *down = 0;
+// Rotates the rows down; false where that needs more memory than there is.
+bool WrapVertically(const PictureEditor& picture, int32_t delta) {
   if (picture.height < 1 || picture.basePointer == nullptr) return true;
   const int32_t shift = ShortestShift(delta, picture.height);
-  *down = Forwards(shift, picture.height);
   if (shift == 0) return true;
-  // What callers know as too large for a vertical scroll is all rows, or those that move down.
+  // A vertical scroll is too large where all rows, or those that move down, are (intended).
   const int32_t rows = shift > 0 ? picture.height - shift : picture.height;
-  return IsBufferSize(int64_t{rows} * picture.rowBytes);
+  if (!IsBufferSize(int64_t{rows} * picture.rowBytes)) return false;
+  return RotateRows(picture, Forwards(shift, picture.height));
 }
 
-bool WrapVertically(const PictureEditor& picture, int32_t delta) {
-  int32_t down = 0;
-  if (!VerticalRotation(picture, delta, &down)) return false;
-  return down == 0 || RotateRows(picture, down, 0);
-}
-
-int32_t HorizontalRotation(const PictureEditor& picture, int32_t delta) {
-  if (!IsBufferSize(int64_t{picture.width} * 4)) return 0;
-  return Forwards(ShortestShift(delta, picture.width), picture.width);
-}
-
+// Rotates the columns to the right; nothing where that needs more memory than there is.
 void WrapHorizontally(const PictureEditor& picture, int32_t delta) {
-  const int32_t right = HorizontalRotation(picture, delta);
+  if (!IsBufferSize(int64_t{picture.width} * 4)) return;
+  const int32_t right = Forwards(ShortestShift(delta, picture.width), picture.width);
   if (right != 0) RotateColumns(picture, right);
-}
-
-bool SamePixels(const PictureEditor& a, const PictureEditor& b) {
-  return a.basePointer == b.basePointer && a.rowTable == b.rowTable && a.rowBytes == b.rowBytes &&
-         a.width == b.width && a.height == b.height;
-}
-
-// Both scrolls of a picture that doesn't lie still along either axis, in one pass where that can be
-// done: the result, and what each step takes to fail, are those of a horizontal scroll that is
-// followed by a vertical one.
-bool WrapBothWays(REALpicture picture, int32_t deltaX, int32_t deltaY) {
-  PictureEditor across;
-  PictureEditor along;
-  const bool acrossOpen = across.GetPictureEditor(picture, true, true);
-  const bool alongOpen = along.GetPictureEditor(picture, true, true);
-  if (acrossOpen && alongOpen && SamePixels(across, along)) {
-    int32_t down = 0;
-    const int32_t right = HorizontalRotation(across, deltaX);
-    if (VerticalRotation(along, deltaY, &down) && down != 0 &&
-        along.rowBytes >= int64_t{along.width} * 4 && RotateRows(along, down, right)) {
-      return true;
-    }
-  }
-  if (acrossOpen) WrapHorizontally(across, deltaX);
-  return alongOpen && WrapVertically(along, deltaY);
 }
 
 // Hosts older than this count a lock that they refuse all the same.
@@ -226,18 +178,10 @@ int8_t ScrollHorizontalKRT(REALpicture picture, int32_t delta, int8_t wrap, int8
   return true;
 }
 
+// One scroll after the other: each locks and unlocks the picture for itself, because a host may
+// refuse a second lock, or write back at the unlock what it handed out at the lock.
 int8_t ScrollKRT(REALpicture picture, int32_t deltaX, int32_t deltaY, int8_t wrap,
                  int8_t scrollmask) {
-  if (wrap == 0 || deltaX == 0 || deltaY == 0) {
-    ScrollHorizontalKRT(picture, deltaX, wrap, scrollmask);
-    return ScrollVerticalKRT(picture, deltaY, wrap, scrollmask);
-  }
-  if (scrollmask != 0) {
-    ScrollMask(picture, ScrollHorizontalKRT, deltaX, wrap);
-    if (!ScrollMask(picture, ScrollVerticalKRT, deltaY, wrap)) {
-      ScrollHorizontalKRT(picture, deltaX, wrap, false);
-      return false;
-    }
-  }
-  return WrapBothWays(picture, deltaX, deltaY) ? 1 : 0;
+  ScrollHorizontalKRT(picture, deltaX, wrap, scrollmask);
+  return ScrollVerticalKRT(picture, deltaY, wrap, scrollmask);
 }

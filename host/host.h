@@ -35,11 +35,23 @@ struct HostState;
 
 enum class Application { kDesktop, kConsole, kWeb };
 
+// What the host does with a lock of a picture that is locked already. A plug-in holds two where a
+// call is given one picture twice.
+enum class LockManner {
+  kNested,     // grants and counts it
+  kSingle,     // refuses it
+  kUncounted,  // refuses it; before 2012.0, too, a refused lock doesn't count, and an unlock that
+               // follows it undoes the lock that was granted
+  kCopied,     // grants each lock with a copy of the pixels, which its unlock writes back; pixels
+               // that belong to somebody else, and graphics worlds, aren't copied
+};
+
 // What the host pretends to be. Layouts and colour may be changed at any time and hold for pictures
 // made from then on; what the plug-in asked for once, it doesn't ask again.
 struct Settings {
   double version = 2013.03;
   Application application = Application::kDesktop;
+  LockManner lockManner = LockManner::kNested;
   uint32_t freshColour = 0xFFFFFF;  // of pictures just made, 0x00RRGGBB, alpha 255
 
   // What desktop applications give: by "newPicture" and by the picture's own constructor.

@@ -51,11 +51,17 @@ DrawPictureMethod* LoadDrawPicture(REALgraphics graphics) {
       "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)"));
 }
 
+// Whether a description that was locked as a row table has rows to copy. Less is asked than of a
+// picture to be opened: neither the description's type nor the second pointer matters here.
+bool HasRows(const REALrowTablePicture* table) {
+  return table != nullptr && table->zero == 0 && table->rows != nullptr;
+}
+
 // Copies the rows of one row-table picture to another of its size; nothing when they aren't that.
 void CopyRows(const REALpictureDescription& from, const REALpictureDescription& to) {
-  const REALrowTablePicture* source = RowTableOf(from);
-  const REALrowTablePicture* target = RowTableOf(to);
-  if (source == nullptr || target == nullptr) return;
+  const auto* source = static_cast<const REALrowTablePicture*>(from.pictureData);
+  const auto* target = static_cast<const REALrowTablePicture*>(to.pictureData);
+  if (!HasRows(source) || !HasRows(target)) return;
   if (source->width != target->width || source->height != target->height) return;
   if (source->width < 1) return;
   for (int32_t y = 0; y < source->height; ++y) {

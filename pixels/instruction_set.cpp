@@ -2,13 +2,61 @@
 
 InstructionSet gInstructionSet = InstructionSet::unknown;
 
+namespace {
+
+constexpr bool HasAll(uint64_t bits, uint64_t wanted) { return (bits & wanted) == wanted; }
+
+constexpr bool HasAll(const ProcessorFeatures& has, const ProcessorFeatures& wanted) {
+  return HasAll(has.leaf1c, wanted.leaf1c) && HasAll(has.leaf7b, wanted.leaf7b) &&
+         HasAll(has.extended1c, wanted.extended1c) &&
+         HasAll(has.savedRegisters, wanted.savedRegisters);
+}
+
+// What target("avx2") lets the compiler use.
+constexpr ProcessorFeatures kAvx2 = {
+    .leaf1c = 1U << 0        // SSE3
+              | 1U << 9      // SSSE3
+              | 1U << 19     // SSE4.1
+              | 1U << 20     // SSE4.2
+              | 1U << 23     // POPCNT
+              | 1U << 26     // XSAVE
+              | 1U << 27     // the operating system uses it
+              | 1U << 28,    // AVX
+    .leaf7b = 1U << 5,       // AVX2
+    .savedRegisters = 0x06,  // xmm and ymm
+};
+
+// What target("arch=x86-64-v4") adds to that.
+constexpr ProcessorFeatures kAvx512 = {
+    .leaf1c = 1U << 12        // FMA
+              | 1U << 13      // CMPXCHG16B
+              | 1U << 22      // MOVBE
+              | 1U << 29,     // F16C
+    .leaf7b = 1U << 3         // BMI1
+              | 1U << 8       // BMI2
+              | 1U << 16      // AVX512F
+              | 1U << 17      // AVX512DQ
+              | 1U << 28      // AVX512CD
+              | 1U << 30      // AVX512BW
+              | 1U << 31,     // AVX512VL
+    .extended1c = 1U << 0     // LAHF and SAHF
+                  | 1U << 5,  // LZCNT
+    .savedRegisters = 0xE0,   // zmm and the mask registers
+};
+
+}  // namespace
+
+InstructionSet WidestSetOf(const ProcessorFeatures& features) {
+  if (!HasAll(features, kAvx2)) return InstructionSet::baseline;
+  return HasAll(features, kAvx512) ? InstructionSet::avx512 : InstructionSet::avx2;
+}
+
 #ifdef PICTURE_CHOOSES_INSTRUCTION_SET
 
 #include <cpuid.h>
 
 namespace {
 
-// What the operating system saves of the vector registers at a task switch.
 uint64_t SavedRegisters() {
   uint32_t low = 0;
   uint32_t high = 0;
@@ -16,29 +64,20 @@ uint64_t SavedRegisters() {
   return uint64_t{high} << 32 | low;
 }
 
-constexpr bool HasAll(uint64_t bits, uint64_t wanted) { return (bits & wanted) == wanted; }
-
 }  // namespace
 
+// Leaves that the processor doesn't have leave their bits at 0.
 InstructionSet FindInstructionSet() {
-  constexpr uint32_t kOsxsave = 1U << 27;
-  constexpr uint64_t kYmmState = 0x06;
-  constexpr uint64_t kZmmState = 0xE6;
-  constexpr uint32_t kAvx2 = 1U << 5;
-  constexpr uint32_t kAvx512 =
-      1U << 16 | 1U << 17 | 1U << 28 | 1U << 30 | 1U << 31;  // F DQ CD BW VL
-
+  constexpr uint32_t kOsxsave = 1U << 27;  // without it there is no xgetbv
+  ProcessorFeatures features;
   uint32_t a = 0;
-  uint32_t b = 0;
-  uint32_t c = 0;
   uint32_t d = 0;
-  if (__get_cpuid(1, &a, &b, &c, &d) == 0 || !HasAll(c, kOsxsave)) return InstructionSet::baseline;
-  const uint64_t saved = SavedRegisters();
-  if (!HasAll(saved, kYmmState) || __get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) {
-    return InstructionSet::baseline;
-  }
-  if (HasAll(saved, kZmmState) && HasAll(b, kAvx512)) return InstructionSet::avx512;
-  return HasAll(b, kAvx2) ? InstructionSet::avx2 : InstructionSet::baseline;
+  uint32_t other = 0;
+  __get_cpuid(1, &a, &other, &features.leaf1c, &d);
+  __get_cpuid_count(7, 0, &a, &features.leaf7b, &other, &d);
+  __get_cpuid(0x80000001, &a, &other, &features.extended1c, &d);
+  if (HasAll(features.leaf1c, kOsxsave)) features.savedRegisters = SavedRegisters();
+  return WidestSetOf(features);
 }
 
 #else

@@ -5,8 +5,20 @@
 
 #include <cstdint>
 
-// avx512 stands for what x86-64-v4 names: F, BW, CD, DQ and VL.
+// avx512 stands for all that x86-64-v4 names: F, BW, CD, DQ and VL, and smaller extensions.
 enum class InstructionSet : int8_t { unknown, baseline, avx2, avx512 };
+
+// What the processor says of itself, in the words of cpuid, and what the operating system saves of
+// the vector registers at a task switch. A virtual machine may mask any bit.
+struct ProcessorFeatures {
+  uint32_t leaf1c = 0;          // leaf 1, ecx
+  uint32_t leaf7b = 0;          // leaf 7.0, ebx
+  uint32_t extended1c = 0;      // leaf 0x80000001, ecx
+  uint64_t savedRegisters = 0;  // xgetbv 0
+};
+
+// The widest set of which the processor has each extension that the compiler may use in its code.
+InstructionSet WidestSetOf(const ProcessorFeatures& features);
 
 // The set in use. Found out at the first call and kept; a test may set it to one that the processor
 // has.

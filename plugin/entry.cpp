@@ -44,8 +44,12 @@ ShortRow* ShortenRows(const Row* rows, int32_t count) {
   return shortRows;
 }
 
-// Makes `definition` what this host reads. False when there is no memory to do so.
+// Makes `definition` what this host reads, once: its version says that it was done. False where
+// there is no memory to do so.
 bool FitDefinition(REALclassDefinition* definition) {
+  if (definition->version != 0) return true;
+  FixConsoleFlags(definition);
+  definition->dataSize = RoundUpTo16(definition->dataSize);
   if (CurrentREALControlVersion > kLastShortDefinition) {
     definition->version = CurrentREALControlVersion;
     return true;
@@ -55,11 +59,6 @@ bool FitDefinition(REALclassDefinition* definition) {
   memcpy(static_cast<void*>(definition), shortDefinition, sizeof(*shortDefinition));
   free(shortDefinition);
   return true;
-}
-
-void RegisterClass(REALclassDefinition* definition) {
-  definition->dataSize = RoundUpTo16(definition->dataSize);
-  if (FitDefinition(definition)) REALRegisterClass(definition);
 }
 
 }  // namespace
@@ -110,6 +109,8 @@ REALshortClassDefinition* FixClass(const REALclassDefinition* definition) {
   return result;
 }
 
+// A host that calls once more gets everything registered once more, as it was fitted at first: rows
+// that were shortened can't be fitted again.
 void REALPluginMain(REALresolver resolver) {
   gResolver = resolver;
 
@@ -117,7 +118,8 @@ void REALPluginMain(REALresolver resolver) {
   using GetVersion = double();
   auto* registerVersion = reinterpret_cast<RegisterVersion*>(resolver("RegisterPluginVersion"));
   auto* getVersion = reinterpret_cast<GetVersion*>(resolver("REALGetRBVersion"));
-  if (getVersion != nullptr) rbversion = getVersion();
+  const bool isFirstCall = CurrentREALControlVersion == 0;
+  if (isFirstCall && getVersion != nullptr) rbversion = getVersion();
   CurrentREALControlVersion = DefinitionVersionFor(rbversion);
   if (registerVersion != nullptr) registerVersion(CurrentREALControlVersion);
 
@@ -125,14 +127,9 @@ void REALPluginMain(REALresolver resolver) {
   gpluginname = "Picture";
   gplugin = true;
 
-  FixConsoleFlags(&PictureSepiaClass);
-  FixConsoleFlags(&Lut3DClass);
-  FixConsoleFlags(&PictureExtension);
   FixRowFlags(gGlobalMethods, kGlobalMethodCount);
-
-  RegisterClass(&PictureSepiaClass);
-  RegisterClass(&Lut3DClass);
+  if (FitDefinition(&PictureSepiaClass)) REALRegisterClass(&PictureSepiaClass);
+  if (FitDefinition(&Lut3DClass)) REALRegisterClass(&Lut3DClass);
   if (FitDefinition(&PictureExtension)) REALRegisterClassExtension(&PictureExtension);
-
   for (REALmethodDefinition& method : gGlobalMethods) REALRegisterMethod(&method);
 }

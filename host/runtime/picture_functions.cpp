@@ -7,60 +7,6 @@
 namespace host::runtime {
 namespace {
 
-constexpr uint32_t kNoWish = 0;
-constexpr double kRefusedLocksDontCount = 2012.0;
-
-// What a lock gives; nothing when it is refused.
-std::optional<REALpictureType> TypeGiven(const PictureLayout& layout, uint32_t wanted) {
-  const auto asked = [&](REALpictureType type) {
-    return wanted == kNoWish || wanted == static_cast<uint32_t>(type);
-  };
-  const bool bitmap = layout.storage == Storage::kBitmapContext;
-  const bool table = layout.storage == Storage::kRowTable;
-  if (layout.locking == Locking::kRefused) return std::nullopt;
-  if (layout.storage == Storage::kGraphicsWorld) {
-    return asked(kPictureGraphicsWorld) ? std::optional(kPictureGraphicsWorld) : std::nullopt;
-  }
-  if (bitmap && layout.locking != Locking::kRowTable && asked(kPictureBitmapContext)) {
-    return kPictureBitmapContext;
-  }
-  if ((table || (bitmap && layout.locking != Locking::kNative)) && asked(kPictureRowTable)) {
-    return kPictureRowTable;
-  }
-  return std::nullopt;
-}
-
-void* DataOf(PictureState& picture, REALpictureType type) {
-  switch (type) {
-    case kPictureGraphicsWorld:
-      return &picture.world;
-    case kPictureBitmapContext:
-      return &picture.context;
-    case kPictureRowTable:
-      // Filled anew: a test may have spoilt what the last lock gave.
-      picture.rowTable = {0, picture.rows.data(), picture.rows.data(), picture.width,
-                          picture.height};
-      return &picture.rowTable;
-  }
-  return nullptr;
-}
-
-bool Lock(HostState& state, Picture* picture, REALpictureDescription* out, uint32_t wanted) {
-  if (picture == nullptr || out == nullptr) return false;
-  PictureState& inside = picture->State();
-  const auto type = inside.HasMemory() ? TypeGiven(inside.layout, wanted) : std::nullopt;
-  if (!type) {
-    if (state.host.settings.version < kRefusedLocksDontCount) ++inside.descriptionLocks;
-    return false;
-  }
-  ++inside.descriptionLocks;
-  ++inside.version;
-  *out = {*type,         DataOf(inside, *type),      inside.width,
-          inside.height, inside.layout.bitsPerPixel, inside.layout.hasAlphaChannel.value_or(false)};
-  if (inside.descriptionHook) inside.descriptionHook(*out);
-  return true;
-}
-
 REALpicture HandleOfPicture(Picture* picture) { return reinterpret_cast<REALpicture>(picture); }
 
 Picture* MakeFresh(HostState& state, int32_t width, int32_t height) {
@@ -68,25 +14,6 @@ Picture* MakeFresh(HostState& state, int32_t width, int32_t height) {
 }
 
 }  // namespace
-
-bool LockDescription(HostState& state, REALpicture picture, REALpictureDescription* out) {
-  return Lock(state, LookUp<Picture>(state, picture, "lockPictureDescription"), out, kNoWish);
-}
-
-bool LockDescriptionAs(HostState& state, REALpicture picture, REALpictureDescription* out,
-                       uint32_t wantedType) {
-  return Lock(state, LookUp<Picture>(state, picture, "REALLockPictureDescription"), out,
-              wantedType);
-}
-
-void UnlockDescription(HostState& state, REALpicture handle) {
-  Picture* picture = LookUp<Picture>(state, handle, "unlockPictureDescription");
-  if (picture == nullptr) return;
-  if (picture->State().descriptionLocks == 0) {
-    throw Error(picture->Describe() + "'s description isn't locked");
-  }
-  --picture->State().descriptionLocks;
-}
 
 void PictureClearCache(HostState& state, REALpicture handle) {
   if (Picture* picture = LookUp<Picture>(state, handle, "REALPictureClearCache")) {

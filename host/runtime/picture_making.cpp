@@ -35,6 +35,7 @@ void SetUpRows(PictureState& picture, uint8_t* lowest) {
     picture.firstRow += (picture.height - 1) * picture.stride;
     picture.stride = -picture.stride;
   }
+  picture.context.firstRow = picture.firstRow;
   if (picture.layout.bitsPerPixel != 32) return;
   picture.rows.resize(static_cast<size_t>(picture.height));
   for (int32_t y = 0; y < picture.height; ++y) {

@@ -16,6 +16,15 @@ namespace host::runtime {
 // What a description's pictureData points at for a bitmap context.
 struct BitmapContext {
   Picture* picture = nullptr;
+  uint8_t* firstRow = nullptr;
+};
+
+// A copy of a picture's pixels, as LockManner::kCopied hands it out.
+struct LockedCopy {
+  std::unique_ptr<GuardedMemory> memory;
+  std::vector<uint8_t*> rows;
+  REALrowTablePicture rowTable{};
+  BitmapContext context;
 };
 
 // Of each row what lines in one colour covered since anything else could have changed the pixels: a
@@ -52,6 +61,7 @@ struct PictureState {
   std::vector<uint8_t> rendering;  // for kKept
 
   int64_t descriptionLocks = 0;
+  std::vector<std::unique_ptr<LockedCopy>> lockedCopies;  // the last lock's is the last
   int64_t pixelLocks = 0;
   std::function<void(REALpictureDescription&)> descriptionHook;
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include "host/error.h"
@@ -16,12 +17,19 @@ constexpr size_t kFolderSize = 80;
 constexpr char kFrameworks[] = "/System/Library/Frameworks";
 constexpr char kApplicationServices[] = "/System/Library/Frameworks/ApplicationServices.framework";
 
+// Whether the context is the picture's own or that of a copy of its pixels.
+bool IsContextOf(const PictureState& picture, const void* context) {
+  const auto isCopys = [&](const auto& copy) { return &copy->context == context; };
+  return &picture.context == context ||
+         std::any_of(picture.lockedCopies.begin(), picture.lockedCopies.end(), isCopys);
+}
+
 // The picture of a bitmap context that is locked; a context holds only that long.
 const PictureState& LockedPicture(HostState& state, const void* context) {
   for (const auto& [serial, object] : state.objects.Live()) {
     if (object->GetKind() != Kind::kPicture) continue;
     const PictureState& picture = static_cast<Picture*>(object)->State();
-    if (&picture.context != context) continue;
+    if (!IsContextOf(picture, context)) continue;
     if (picture.descriptionLocks == 0) throw Error("the picture's description isn't locked");
     return picture;
   }
@@ -54,7 +62,8 @@ std::string PlatformObject::Describe() const {
 }
 
 void* ContextData(HostState& state, void* context) {
-  return LockedPicture(state, context).firstRow;
+  LockedPicture(state, context);
+  return static_cast<BitmapContext*>(context)->firstRow;
 }
 
 size_t ContextBitsPerPixel(HostState& state, void* context) {

@@ -56,6 +56,7 @@ TEST_F(ColourTransform, DestinationOnePixelNarrowerOrShorterIsIgnored) {
 }
 
 TEST_F(ColourTransform, PictureMayBeItsOwnDestination) {
+  NEEDS_NESTED_LOCKS();
   Random random(427);
   for (const LayoutPair& pair : support::AllSourceLayouts()) {
     Start(pair.settings);

@@ -27,6 +27,28 @@ TEST_F(BinaryStringTest, WhatIsNotSuchAStringGivesNil) {
   }
 }
 
+// Of the header, what lies behind the first 24 bytes is never read.
+TEST_F(BinaryStringTest, PixelsMayBeginWhereTheFieldsEnd) {
+  for (size_t header = 24; header < 40; ++header) {
+    const std::string pixels = NoisePixels(3, 2, random);
+    const auto size = static_cast<uint32_t>(header + pixels.size());
+    const std::string bytes =
+        Header(size, 3, 2, static_cast<uint32_t>(header)).substr(0, header) + pixels;
+    EXPECT_TRUE(IsPictureOf(Read(bytes), 3, 2, bytes, header)) << header << " bytes of header";
+  }
+  // One pixel of three bytes: a string of 27.
+  const std::string bytes = Header(27, 1, 1, 24).substr(0, 24) + "RGB";
+  EXPECT_TRUE(IsPictureOf(Read(bytes), 1, 1, bytes, 24));
+}
+
+// The pixels lie in the header itself, so that one byte less cuts a field and nothing else.
+TEST_F(BinaryStringTest, AStringThatEndsWithinTheFieldsGivesNil) {
+  EXPECT_TRUE(Read(Header(24, 1, 1, 0).substr(0, 24)));
+  for (size_t length = 20; length < 24; ++length) {
+    EXPECT_FALSE(Read(Header(static_cast<uint32_t>(length), 1, 1, 0).substr(0, length))) << length;
+  }
+}
+
 TEST_F(BinaryStringTest, EightBytesThatSaySoGiveNil) { EXPECT_FALSE(Read("PPIC" + BigEndian(8))); }
 
 TEST_F(BinaryStringTest, SizesOutside1To32767GiveNil) {
@@ -104,6 +126,7 @@ TEST_F(BinaryStringTest, MoreThan31BitsOfBytesGiveANullString) {
       {INT_MIN, INT_MAX},
       {-1, 1},  // and less than a header
       {5, -1},
+      {-5, -5},  // 25 pixels that aren't there
   };
   for (const Size& size : sizes) {
     picture->SetDescriptionHook([&](REALpictureDescription& d) {

@@ -64,6 +64,7 @@ class ChannelsTest : public support::PluginTest {
 };
 
 TEST_F(ChannelsTest, MergingAPictureWithItselfCopiesItOpaque) {
+  NEEDS_NESTED_LOCKS();
   for (const LayoutPair& pair : support::AllLayoutPairs()) {
     SCOPED_TRACE(pair.name);
     Start(pair.settings);
@@ -83,6 +84,7 @@ TEST_F(ChannelsTest, MergingWithBlackCopiesTheOtherAndWithWhiteIsWhite) {
 }
 
 TEST_F(ChannelsTest, CombiningOnePictureThreeTimesCopiesItOpaque) {
+  NEEDS_NESTED_LOCKS();
   for (const LayoutPair& pair : support::AllLayoutPairs()) {
     SCOPED_TRACE(pair.name);
     Start(pair.settings);
@@ -108,6 +110,7 @@ TEST_F(ChannelsTest, EachReplaceTakesItsOwnChannel) {
 }
 
 TEST_F(ChannelsTest, ReplacingByItselfCopiesThePictureOpaque) {
+  NEEDS_NESTED_LOCKS();
   const PictureRef picture = Noise(7, 3);
   for (const char* method : kReplace) {
     EXPECT_TRUE(IsOpaqueCopy(Replace(method, picture, picture), picture)) << method;
@@ -271,7 +274,7 @@ TEST_F(ChannelsTest, SizesBeyond32767GiveNil) {
     for (const char* method : kReplace) EXPECT_FALSE(Replace(method, p, p));
   }
   const PictureRef p = Noise(32767, 1);
-  EXPECT_TRUE(IsOpaqueCopy(Merge(p, p), p));
+  EXPECT_TRUE(IsOpaqueCopy(Merge(p, Plain(32767, 1, {0, 0, 0})), p));
 }
 
 }  // namespace

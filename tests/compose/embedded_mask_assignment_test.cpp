@@ -72,6 +72,7 @@ TEST_F(EmbeddedMaskTest, AssigningStopsAtTheEdgesOfASmallerMask) {
 }
 
 TEST_F(EmbeddedMaskTest, APictureCanBeItsOwnMask) {
+  NEEDS_NESTED_LOCKS();
   for (const LayoutPair& pair : support::AllSourceLayouts()) {
     SCOPED_TRACE(pair.name);
     Start(pair.settings);

@@ -1,5 +1,7 @@
 #include "tests/faults/cases.h"
 
+#include "tests/support/fixture.h"
+
 namespace faults {
 
 namespace {
@@ -55,8 +57,11 @@ bool IsBitmapContextFunction(std::string_view entry) {
   return entry.starts_with("CGBitmapContext");
 }
 
+bool LockLeftBehindMatters() { return support::LockMannerOfTests() != host::LockManner::kNested; }
+
 bool OpensPictures(std::string_view entry) {
   return IsBitmapContextFunction(entry) ||
+         (entry == "unlockPictureDescription" && LockLeftBehindMatters()) ||
          IsOneOf(entry, {"pluginObjectType", "REALGetPropValueBool", "REALGetPropValueInt",
                          "REALLockPictureDescription", "newPicture"});
 }

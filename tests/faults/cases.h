@@ -62,6 +62,8 @@ const std::vector<Case>& Cases();
 
 // Whether a host function is one of those that open a picture and tell its size.
 bool OpensPictures(std::string_view entry);
+// Whether a picture that stays locked can't be locked again, or keeps the pixels that it had.
+bool LockLeftBehindMatters();
 bool IsBitmapContextFunction(std::string_view entry);
 bool IsQuickDrawFunction(std::string_view entry);
 

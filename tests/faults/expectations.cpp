@@ -36,6 +36,9 @@ unsigned WhenLockFails(const Case& row, const Opening& opening, Phase phase) {
 // references and locks given back, cleared caches.
 unsigned WhenFailing(const Case& row, const Opening& opening, std::string_view entry, Phase phase) {
   const bool opened = phase == Phase::kOpened;
+  if (entry == "unlockPictureDescription" && LockLeftBehindMatters()) {
+    return kWhole | kFailure | kDrawn | kBlank | kUntouched;
+  }
   // The kind of the application is then found out by which lock is granted.
   if (entry == "pluginObjectType") {
     return opening.Desktop() ? kWhole : row.inPlace ? kWhole | kFailure : kWhole | kDrawn;

@@ -126,7 +126,9 @@ Case Shifts(const char* entry, bool failure) {
         return x < right || y < down ? Rgb{255, 255, 255} : Photo(x - right, y - down);
       });
     };
-    if (failing != "lockPictureDescription" && !IsQuickDrawFunction(failing)) return std::nullopt;
+    const bool locks = failing == "lockPictureDescription" ||
+                       (failing == "unlockPictureDescription" && LockLeftBehindMatters());
+    if (!locks && !IsQuickDrawFunction(failing)) return std::nullopt;
     Texts texts = {row.failure};
     const std::string lost = ", another world is current";
     for (const bool right : {false, true}) {
@@ -135,8 +137,8 @@ Case Shifts(const char* entry, bool failure) {
         if (down && !both && entry == kHorizontal) continue;
         const std::string text = shifted(right ? kRight : 0, down ? kDown : 0);
         texts.push_back("true " + text);
-        if (both && failing == "lockPictureDescription") texts.push_back("false " + text);
-        if (failing != "lockPictureDescription") texts.push_back("true " + text + lost);
+        if (both && locks) texts.push_back("false " + text);
+        if (!locks) texts.push_back("true " + text + lost);
       }
     }
     return texts;

@@ -24,6 +24,7 @@ struct Compiled {
   void PutBack() const {
     for (size_t i = 0; i < kCount; ++i) *kDefinitions[i] = definitions[i];
     IsDesktop = IsConsole = false;
+    CurrentREALControlVersion = 0;
   }
   REALclassDefinition definitions[kCount];
 };

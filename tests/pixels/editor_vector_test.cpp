@@ -90,6 +90,55 @@ TEST_F(EditorTest, RowsOfAnotherSizeAreNotCopied) {
   }
 }
 
+// Rows to copy need neither the description's type nor the second pointer, which a picture that is
+// opened by its rows must have.
+TEST_F(EditorTest, RowsAreCopiedWhateverTheirTypeAndSecondPointer) {
+  const auto spoilers = {
+      +[](REALpictureDescription&, REALrowTablePicture& table) { table.second = nullptr; },
+      +[](REALpictureDescription& description, REALrowTablePicture&) {
+        description.pictureType = kPictureGraphicsWorld;
+      },
+  };
+  for (const auto& spoil : spoilers) {
+    host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
+    const PictureRef picture = host.NewPicture(4, 3);
+    support::Fill(picture, {1, 2, 3});
+    REALrowTablePicture table{};
+    picture->SetDescriptionHook([&](REALpictureDescription& description) {
+      std::memcpy(&table, description.pictureData, sizeof(table));
+      description.pictureData = &table;
+      spoil(description, table);
+    });
+    Reader reader = MakeReader();
+    ASSERT_TRUE(Open(reader, picture));
+    EXPECT_NE(reader->picture, picture.Handle());
+    EXPECT_EQ(PixelOf(reader, 3, 2), (support::Rgb{1, 2, 3}));
+  }
+}
+
+TEST_F(EditorTest, RowsWithoutDataOrTableAreNotCopied) {
+  const auto spoilers = {
+      +[](REALpictureDescription& description, REALrowTablePicture&) {
+        description.pictureData = nullptr;
+      },
+      +[](REALpictureDescription&, REALrowTablePicture& table) { table.rows = nullptr; },
+  };
+  for (const auto& spoil : spoilers) {
+    host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
+    const PictureRef picture = host.NewPicture(4, 3);
+    support::Fill(picture, {1, 2, 3});
+    REALrowTablePicture table{};
+    picture->SetDescriptionHook([&](REALpictureDescription& description) {
+      std::memcpy(&table, description.pictureData, sizeof(table));
+      description.pictureData = &table;
+      spoil(description, table);
+    });
+    Reader reader = MakeReader();
+    ASSERT_TRUE(Open(reader, picture));
+    EXPECT_EQ(PixelOf(reader, 0, 0), (support::Rgb{255, 255, 255})) << "as the host made it";
+  }
+}
+
 TEST_F(EditorTest, ACopyThatCannotBeLockedIsNotWritten) {
   host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
   const PictureRef picture = host.NewPicture(4, 3);

@@ -51,5 +51,44 @@ TEST_F(RegistrationTest, AMissingRegistrationEntryIsSkipped) {
   EXPECT_EQ(noVersion.registry.Classes().size(), 3U);
 }
 
+// Every byte that registration may change: the definitions and the rows that they point at.
+template <class Definition>
+void AddRows(const REALclassDefinition* definition, std::string* bytes) {
+  const auto& of = *reinterpret_cast<const Definition*>(definition);
+  const auto add = [&](const auto* rows, int32_t count) {
+    bytes->append(reinterpret_cast<const char*>(rows), sizeof *rows * static_cast<size_t>(count));
+  };
+  add(&of, 1);
+  add(of.methods, of.methodCount);
+  add(of.properties, of.propertyCount);
+}
+
+TEST_F(RegistrationTest, ASecondCallRegistersEverythingAgainAndFitsNothingTwice) {
+  for (const double version : {2010.028, 2011.99, 2013.03}) {
+    SCOPED_TRACE(version);
+    host::Host& host = StartVersion(version);
+    const auto contents = [&] {
+      std::string bytes;
+      for (const REALclassDefinition* definition :
+           {internals->sepiaClass, internals->lutClass, internals->pictureExtension}) {
+        version < 2012.0 ? AddRows<REALshortClassDefinition>(definition, &bytes)
+                         : AddRows<REALclassDefinition>(definition, &bytes);
+      }
+      bytes.append(reinterpret_cast<const char*>(internals->globalMethods),
+                   6 * sizeof *internals->globalMethods);
+      return bytes;
+    };
+    const std::string fitted = contents();
+    host.settings.version = version < 2012.0 ? 2013.03 : 2011.99;
+    internals->pluginMain(host.Resolver());
+    EXPECT_EQ(contents(), fitted);
+    EXPECT_EQ(*internals->rbversion, version) << "the rows are fitted to it";
+    EXPECT_EQ(host.faults.Calls("PluginRegisterClass"), 4);
+    EXPECT_EQ(host.faults.Calls("PluginRegisterClassExtension"), 2);
+    EXPECT_EQ(host.faults.Calls("PluginRegisterMethod"), 12);
+    host.census.ClearErrors();  // this host takes a class once
+  }
+}
+
 }  // namespace
 }  // namespace registration

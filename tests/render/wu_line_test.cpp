@@ -19,13 +19,14 @@ class WuLine : public InternalsTest {
     Canvas canvas(width, height, kBack, kOutline);
     canvas.DrawWuLine(x0, y0, x1, y1);
 
-    const Writer writer = MakeWriter();
+    Writer writer = MakeWriter();
     ASSERT_TRUE(internals->newPictureWriter(writer.get(), width, height, false));
     const PictureRef picture = host::AdoptHandle<host::Picture>(internals->render(writer.get()));
     Fill(picture, kBack);
     ASSERT_TRUE(internals->open(writer.get(), picture.Handle(), false, true));
     const int32_t outline[3] = {kOutline.red, kOutline.green, kOutline.blue};
     internals->drawWuLine(writer.get(), outline, x0, y0, x1, y1);
+    writer.reset();
     EXPECT_TRUE(PixelsAre(picture, FreshBytes(width, height, false),
                           [&](int32_t x, int32_t y) { return canvas.At(x, y); }));
   }

@@ -24,7 +24,28 @@ InstructionSet& InstructionSetSetting() {
   return set;
 }
 
+host::LockManner& LockMannerSetting() {
+  static host::LockManner manner = host::LockManner::kNested;
+  return manner;
+}
+
+host::Settings WithLockManner(host::Settings settings) {
+  if (settings.lockManner != host::LockManner::kNested) return settings;
+  settings.lockManner = LockMannerSetting();
+  return settings;
+}
+
 }  // namespace
+
+void SetLockManner(host::LockManner manner) { LockMannerSetting() = manner; }
+
+host::LockManner LockMannerOfTests() { return LockMannerSetting(); }
+
+host::Settings AnySettings() {
+  host::Settings settings;
+  if (LockMannerOfTests() == host::LockManner::kUncounted) settings.version = 2011.05;
+  return settings;
+}
 
 void SetInstructionSet(InstructionSet set) { InstructionSetSetting() = set; }
 
@@ -103,7 +124,7 @@ void LoadPluginUnderTest(host::Host& host) {
 
 host::Host& PluginTest::StartWithoutPlugin(const host::Settings& settings) {
   EndHost();
-  current = std::make_unique<host::Host>(settings);
+  current = std::make_unique<host::Host>(WithLockManner(settings));
   atStart = current->census.Take();
   expectedLeft = 0;
   return *current;

@@ -26,6 +26,11 @@ void SetPluginPath(std::filesystem::path path);
 // then is PictureInternals, made of the same objects, because the plug-in itself always chooses.
 void SetInstructionSet(InstructionSet set);
 
+// What the hosts of the tests do with a second lock of a picture (--locks=NAME), where a test
+// doesn't say.
+void SetLockManner(host::LockManner manner);
+host::LockManner LockMannerOfTests();
+
 // Whether that is a macOS bundle, whose platform functions are linked and so can't be missing, and
 // where it is to be loaded (--load-address=ADDRESS).
 bool PluginIsBundle();
@@ -58,9 +63,9 @@ class PluginTest : public ::testing::Test {
   PluginTest() = default;
 
   // A host of these settings with the plug-in in it; the one before ends, and must be balanced.
-  host::Host& Start(const host::Settings& settings = {});
+  host::Host& Start(const host::Settings& settings = AnySettings());
   // A host without the plug-in, for faults that must be there before it is loaded.
-  host::Host& StartWithoutPlugin(const host::Settings& settings = {});
+  host::Host& StartWithoutPlugin(const host::Settings& settings = AnySettings());
   host::Host& Host();
 
   // Calls a method of Picture by its name, or its declaration where two have the same number of
@@ -109,6 +114,12 @@ class PluginTest : public ::testing::Test {
   // The test ends in failure when one is left.
   std::string TakeException();
 
+  // Skips the test where hosts don't grant two locks of one picture at the same time, each with the
+  // pixels themselves.
+#define NEEDS_NESTED_LOCKS()                                                    \
+  if (::support::LockMannerOfTests() != ::host::LockManner::kNested)            \
+  GTEST_SKIP() << "one picture twice: tests/compose/nested_locks_test.cpp says" \
+                  " what other hosts make of it"
   // A picture of one colour.
   PictureRef NewPictureOf(int32_t width, int32_t height, Rgb colour);
   // A picture that the plug-in can't open: 16 bits a pixel.

@@ -20,9 +20,11 @@ struct Internals {
   bool* isConsole;
   InstructionSet* instructionSet;
   InstructionSet (*findInstructionSet)();
+  InstructionSet (*widestSetOf)(const ProcessorFeatures&);
   // The set whose code a loop given to RunWidest really is; unknown where nothing is chosen.
   InstructionSet (*runningInstructionSet)();
 
+  void (*pluginMain)(REALresolver);
   uint32_t (*flagsForHost)(uint32_t flags);
   void (*fixConsoleFlags)(REALclassDefinition*);
   REALshortClassDefinition* (*fixClass)(const REALclassDefinition*);

@@ -1,6 +1,6 @@
 // The tests' own options: --plugin=PATH, --load-address=ADDRESS, --seed=N,
-// --instruction-set=baseline|avx2|avx512, and --every-method, with which a run fails that leaves
-// out a method that the plug-in registers.
+// --instruction-set=baseline|avx2|avx512, --locks=nested|single|uncounted|copied, and
+// --every-method, with which a run fails that leaves out a method that the plug-in registers.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -25,18 +25,33 @@ class PrintSeed : public ::testing::EmptyTestEventListener {
   }
   static unsigned long long seedOf() { return Seed(); }
 };
-// False for a name that isn't one.
+// What an option's value names. False for a name that isn't one.
+template <class T, size_t kCount>
+bool Choose(const std::pair<std::string_view, T> (&names)[kCount], std::string_view name,
+            void (*set)(T)) {
+  for (const auto& [known, value] : names) {
+    if (name != known) continue;
+    set(value);
+    return true;
+  }
+  return false;
+}
+
 bool UseInstructionSet(std::string_view name) {
   constexpr std::pair<std::string_view, InstructionSet> kNames[] = {
       {"baseline", InstructionSet::baseline},
       {"avx2", InstructionSet::avx2},
       {"avx512", InstructionSet::avx512}};
-  for (const auto& [known, set] : kNames) {
-    if (name != known) continue;
-    SetInstructionSet(set);
-    return true;
-  }
-  return false;
+  return Choose(kNames, name, SetInstructionSet);
+}
+
+bool UseLocks(std::string_view name) {
+  constexpr std::pair<std::string_view, host::LockManner> kNames[] = {
+      {"nested", host::LockManner::kNested},
+      {"single", host::LockManner::kSingle},
+      {"uncounted", host::LockManner::kUncounted},
+      {"copied", host::LockManner::kCopied}};
+  return Choose(kNames, name, SetLockManner);
 }
 }  // namespace
 
@@ -65,6 +80,7 @@ int main(int argc, char** argv) {
       support::RequireEveryMethod();
     } else if (argument.starts_with("--instruction-set=") &&
                support::UseInstructionSet(argument.substr(18))) {
+    } else if (argument.starts_with("--locks=") && support::UseLocks(argument.substr(8))) {
     } else {
       std::fprintf(stderr, "unknown option %s\n", argv[i]);
       return 2;

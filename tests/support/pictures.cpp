@@ -44,7 +44,7 @@ std::vector<LayoutPair> MakeLayoutPairs() {
   std::vector<LayoutPair> pairs;
   for (uint32_t from = 1; from <= 6; ++from) {
     for (uint32_t to = 1; to <= 6; ++to) {
-      LayoutPair pair;
+      LayoutPair pair{{}, AnySettings(), {}};
       pair.name = "desktop " + std::to_string(from) + " -> " + std::to_string(to);
       pair.source = PictureLayout::BitmapContext(from, static_cast<int32_t>(4 * from + to));
       pair.source.startOffset = static_cast<int32_t>(to);
@@ -55,7 +55,7 @@ std::vector<LayoutPair> MakeLayoutPairs() {
   }
   for (uint32_t from = 1; from <= 2; ++from) {
     for (uint32_t to = 1; to <= 2; ++to) {
-      LayoutPair pair;
+      LayoutPair pair{{}, AnySettings(), {}};
       pair.name = "desktop alpha " + std::to_string(from) + " -> " + std::to_string(to);
       pair.source = PictureLayout::WithAlpha(from, static_cast<int32_t>(4 * to));
       pair.settings.alphaLayout = PictureLayout::WithAlpha(to, static_cast<int32_t>(12 * from));
@@ -65,7 +65,7 @@ std::vector<LayoutPair> MakeLayoutPairs() {
   }
   for (const host::Application application :
        {host::Application::kConsole, host::Application::kWeb}) {
-    LayoutPair pair;
+    LayoutPair pair{{}, AnySettings(), {}};
     const bool console = application == host::Application::kConsole;
     pair.name = console ? "console 8 -> 8" : "web 8 -> 8";
     pair.settings.application = application;

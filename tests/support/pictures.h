@@ -16,6 +16,10 @@ namespace support {
 
 using PictureRef = host::Ref<host::Picture>;
 
+// The settings of a test that needs no others: hosts are as old as their locks (--locks=NAME) need
+// them to be.
+host::Settings AnySettings();
+
 struct Rgb {
   int red = 0, green = 0, blue = 0;
   friend bool operator==(const Rgb&, const Rgb&) = default;
