@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 // What is opened. The library knows more, but their decoders are not made for files from anywhere,
 // or, as with drawings, fetch other files.
-constexpr std::array<std::string_view, 5> kFormats = {"png", "jpeg", "tiff", "webp", "bmp"};
+constexpr std::array<std::string_view, 5> kReadFormats = {"png", "jpeg", "tiff", "webp", "bmp"};
 
 // Looks at the header alone; gives the format.
 std::string CheckHeader(const fs::path& path, uint64_t pixelLimit) {
@@ -35,7 +35,7 @@ std::string CheckHeader(const fs::path& path, uint64_t pixelLimit) {
                   "is damaged");
   }
   const std::unique_ptr<char, decltype(&g_free)> format(gdk_pixbuf_format_get_name(found), g_free);
-  if (std::find(kFormats.begin(), kFormats.end(), format.get()) == kFormats.end())
+  if (std::find(kReadFormats.begin(), kReadFormats.end(), format.get()) == kReadFormats.end())
     throw Failure(name + " is a file of kind '" + format.get() +
                   "'; PNG, JPEG, TIFF, WebP and BMP can be opened");
   const auto pixels = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);

@@ -19,13 +19,13 @@ struct Format {
   std::string_view extension;
   const char* name;
 };
-constexpr std::array<Format, 7> kFormats = {{{".png", "png"},
-                                             {".jpg", "jpeg"},
-                                             {".jpeg", "jpeg"},
-                                             {".tif", "tiff"},
-                                             {".tiff", "tiff"},
-                                             {".webp", "webp"},
-                                             {".bmp", "bmp"}}};
+constexpr std::array<Format, 7> kWrittenFormats = {{{".png", "png"},
+                                                    {".jpg", "jpeg"},
+                                                    {".jpeg", "jpeg"},
+                                                    {".tif", "tiff"},
+                                                    {".tiff", "tiff"},
+                                                    {".webp", "webp"},
+                                                    {".bmp", "bmp"}}};
 
 // Colour and alpha of a picture, row by row.
 class RowSource {
@@ -151,7 +151,7 @@ gboolean WriteToSink(const gchar* bytes, gsize count, GError** error, gpointer d
 const char* FormatByExtension(const fs::path& path) {
   std::string extension = path.extension().native();
   for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  for (const Format& format : kFormats)
+  for (const Format& format : kWrittenFormats)
     if (format.extension == extension) return format.name;
   return nullptr;
 }

@@ -7,7 +7,7 @@ namespace {
 
 using host::PictureLayout;
 
-struct Named {
+struct NamedLayout {
   std::string_view name;
   PictureLayout (*layout)();  // of pictures from files
   PictureLayout (*opaque)();  // of pictures without an alpha channel that the plug-in makes
@@ -28,7 +28,7 @@ constexpr auto kRgbx = Context<host::kAlphaNoneSkipLast>;
 
 // Pictures with plain alpha have no "HasAlphaChannel": with it the plug-in takes premultiplied ones
 // alone.
-constexpr std::array<Named, 7> kLayouts = {{
+constexpr std::array<NamedLayout, 7> kLayouts = {{
     {"argb-premultiplied", AlphaChannel<host::kAlphaPremultipliedFirst>, kXrgb},
     {"argb", Context<host::kAlphaFirst>, kXrgb},
     {"xrgb", kXrgb, kXrgb},
@@ -43,7 +43,7 @@ constexpr std::array<Named, 7> kLayouts = {{
 std::vector<std::string> LayoutNames() {
   std::vector<std::string> names;
   names.reserve(kLayouts.size());
-  for (const Named& entry : kLayouts) names.emplace_back(entry.name);
+  for (const NamedLayout& entry : kLayouts) names.emplace_back(entry.name);
   return names;
 }
 
@@ -51,7 +51,7 @@ void ChooseLayouts(std::string_view name, host::Settings* settings, ImageOptions
   const bool desktop = settings->application == host::Application::kDesktop;
   images->opaqueLayout = desktop ? settings->opaqueLayout : settings->consoleLayout;
   images->alphaLayout = desktop ? settings->alphaLayout : settings->consoleLayout;
-  for (const Named& entry : kLayouts) {
+  for (const NamedLayout& entry : kLayouts) {
     if (entry.name != name) continue;
     const PictureLayout layout = entry.layout();
     images->opaqueLayout = layout;

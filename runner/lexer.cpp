@@ -12,12 +12,12 @@ namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 }  // namespace
 
 Token Lexer::Next() {
-  while (IsBlank(At(position))) ++position;
+  while (IsSpace(At(position))) ++position;
   if (position >= text.size()) return {Token::Kind::kEnd, text.size() + 1, "", {}};
   const char c = text[position];
   if (IsLetter(c)) return Name();

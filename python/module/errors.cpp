@@ -9,7 +9,7 @@ namespace {
 namespace py = pybind11;
 
 // For as long as the interpreter lives.
-PyObject* error = nullptr;
+PyObject* errorClass = nullptr;
 PyObject* nilResult = nullptr;
 PyObject* hostExceptions = nullptr;  // by name
 
@@ -27,25 +27,26 @@ void Translate(std::exception_ptr thrown) {
   } catch (const NilResult& problem) {
     PyErr_SetString(nilResult, problem.what());
   } catch (const host::Error& problem) {
-    PyErr_SetString(error, problem.what());
+    PyErr_SetString(errorClass, problem.what());
   } catch (const runner::Failure& problem) {
-    PyErr_SetString(error, problem.what());
+    PyErr_SetString(errorClass, problem.what());
   }
 }
 
 }  // namespace
 
 void DefineErrors(py::module_& module) {
-  error = NewException(module, "Error", PyExc_Exception, "The base of this module's exceptions.");
-  nilResult = NewException(module, "NilResultError", error,
+  errorClass =
+      NewException(module, "Error", PyExc_Exception, "The base of this module's exceptions.");
+  nilResult = NewException(module, "NilResultError", errorClass,
                            "A call gave nil, and its arguments explain it.");
   hostExceptions = PyDict_New();
-  PyObject* base = error;
+  PyObject* base = errorClass;
   for (const std::string& name : host::Host::ExceptionClasses()) {
     PyObject* made =
         NewException(module, name, base, "Raised by the plug-in. ErrorNumber is its number.");
     PyDict_SetItemString(hostExceptions, name.c_str(), made);
-    if (base == error) base = made;
+    if (base == errorClass) base = made;
   }
   py::register_exception_translator(&Translate);
 }
@@ -54,7 +55,7 @@ void Raise(const host::Exception& exception) {
   PyObject* type = PyDict_GetItemString(hostExceptions, exception.className.c_str());
   const py::str message(exception.message.value_or(""));
   const py::object raised =
-      py::reinterpret_borrow<py::object>(type == nullptr ? error : type)(message);
+      py::reinterpret_borrow<py::object>(type == nullptr ? errorClass : type)(message);
   raised.attr("ErrorNumber") = exception.errorNumber;
   PyErr_SetObject(raised.get_type().ptr(), raised.ptr());
   throw py::error_already_set();

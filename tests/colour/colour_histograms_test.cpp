@@ -14,8 +14,8 @@ using support::Random;
 using support::Rgb;
 using BlockRef = host::Ref<host::MemoryBlock>;
 
-constexpr std::pair<int32_t, int32_t> kSizes[] = {{1, 1}, {2, 3},  {3, 1},  {4, 2},  {5, 4},
-                                                  {1, 9}, {17, 3}, {66, 2}, {131, 3}};
+constexpr std::pair<int32_t, int32_t> kHistogramSizes[] = {
+    {1, 1}, {2, 3}, {3, 1}, {4, 2}, {5, 4}, {1, 9}, {17, 3}, {66, 2}, {131, 3}};
 constexpr size_t kHistogramBytes = 1024;
 
 using Counters = std::array<uint32_t, 256>;
@@ -94,7 +94,7 @@ TEST_F(ColourHistograms, HistogramsAreThePlainOnesInEveryLayout) {
   Random random(403);
   for (const LayoutPair& pair : support::AllSourceLayouts()) {
     Start(pair.settings);
-    for (const auto& [width, height] : kSizes) {
+    for (const auto& [width, height] : kHistogramSizes) {
       const PictureRef picture = Host().NewPicture(width, height, pair.source);
       support::FillWithNoise(picture, random, random.OneIn(2) ? 3 : 256);
       const std::vector<uint8_t> before = support::Bytes(picture);

@@ -11,7 +11,8 @@ using support::PictureRef;
 using support::Random;
 using support::Rgb;
 
-constexpr std::pair<int32_t, int32_t> kSizes[] = {{1, 1}, {2, 3}, {5, 1}, {1, 9}, {19, 3}, {67, 2}};
+constexpr std::pair<int32_t, int32_t> kReplacedSizes[] = {{1, 1}, {2, 3},  {5, 1},
+                                                          {1, 9}, {19, 3}, {67, 2}};
 
 uint32_t Argument(Rgb colour, uint32_t topByte = 0) {
   return topByte << 24 | static_cast<uint32_t>(colour.red) << 16 |
@@ -42,7 +43,7 @@ TEST_F(ReplaceColour, EveryPairOfLayoutsGivesThePlainResult) {
   for (const LayoutPair& pair : support::AllLayoutPairs()) {
     Start(pair.settings);
     const bool alpha = support::HasAlpha(pair.source);
-    for (const auto& [width, height] : kSizes) {
+    for (const auto& [width, height] : kReplacedSizes) {
       const PictureRef picture = NoisePicture(width, height, pair.source, random);
       const std::vector<uint8_t> before = support::Bytes(picture);
       const Rgb search = support::At(picture, random.Between(0, width - 1), height / 2);

@@ -1,17 +1,12 @@
 #include "tests/faults/cases.h"
 
+#include <algorithm>
+
 #include "tests/support/fixture.h"
 
 namespace faults {
 
 namespace {
-
-bool IsOneOf(std::string_view entry, std::initializer_list<std::string_view> entries) {
-  for (const std::string_view one : entries) {
-    if (entry == one) return true;
-  }
-  return false;
-}
 
 std::string_view NameOf(Part part) {
   switch (part) {
@@ -51,6 +46,10 @@ std::string Case::Name() const {
 const std::vector<Case>& Cases() {
   static const std::vector<Case> cases = AllCases();
   return cases;
+}
+
+bool IsOneOf(std::string_view entry, std::initializer_list<std::string_view> entries) {
+  return std::find(entries.begin(), entries.end(), entry) != entries.end();
 }
 
 bool IsBitmapContextFunction(std::string_view entry) {

@@ -64,6 +64,7 @@ const std::vector<Case>& Cases();
 bool OpensPictures(std::string_view entry);
 // Whether a picture that stays locked can't be locked again, or keeps the pixels that it had.
 bool LockLeftBehindMatters();
+bool IsOneOf(std::string_view entry, std::initializer_list<std::string_view> entries);
 bool IsBitmapContextFunction(std::string_view entry);
 bool IsQuickDrawFunction(std::string_view entry);
 

@@ -17,10 +17,6 @@ enum Outcome : unsigned {
   kUntouched = 32,  // a new picture that nothing was written into
 };
 
-bool IsOneOf(std::string_view entry, std::initializer_list<std::string_view> entries) {
-  return std::find(entries.begin(), entries.end(), entry) != entries.end();
-}
-
 // A lock that is refused: of a picture that is read, the host draws a copy, unless it has an alpha
 // channel. Where a copy is read anyway, the first lock is refused without a fault, and the rows
 // that are then locked to be copied are only copied if that succeeds.

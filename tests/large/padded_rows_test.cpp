@@ -6,29 +6,29 @@
 namespace large {
 namespace {
 
-constexpr int32_t kWidth = 5, kHeight = 15;
+constexpr int32_t kPaddedWidth = 5, kPaddedHeight = 15;
 
 using Result = host::Ref<host::Picture>;
 
 class PaddedRows : public SparseTest {
  protected:
   PaddedRows() {
-    for (int32_t y = 0; y < kHeight; ++y) {
-      for (int32_t x = 0; x < kWidth; ++x) pixels.Put(x, y, ColourAt(x, y));
+    for (int32_t y = 0; y < kPaddedHeight; ++y) {
+      for (int32_t x = 0; x < kPaddedWidth; ++x) pixels.Put(x, y, ColourAt(x, y));
       // Behind the pixels, where nobody may write.
-      std::memset(pixels.At(kWidth, y), 0x5A, 64);
+      std::memset(pixels.At(kPaddedWidth, y), 0x5A, 64);
     }
   }
   static Rgb ColourAt(int32_t x, int32_t y) { return {x + 1, y, 255 - x}; }
 
   void ExpectPaddingUntouched() {
-    for (int32_t y = 0; y < kHeight; ++y) {
-      const uint8_t* padding = pixels.At(kWidth, y);
+    for (int32_t y = 0; y < kPaddedHeight; ++y) {
+      const uint8_t* padding = pixels.At(kPaddedWidth, y);
       for (int32_t i = 0; i < 64; ++i) ASSERT_EQ(padding[i], 0x5A) << "row " << y;
     }
   }
 
-  SparsePixels pixels{kWidth, kHeight, 0x7FFFFFFC};
+  SparsePixels pixels{kPaddedWidth, kPaddedHeight, 0x7FFFFFFC};
   PictureRef picture = Show(pixels);
 
   void TearDown() override {
@@ -40,8 +40,8 @@ class PaddedRows : public SparseTest {
 TEST_F(PaddedRows, AreReadRowByRow) {
   const Result inverted = Call<Result>("InvertKRT", picture);
   ASSERT_TRUE(inverted);
-  for (int32_t y = 0; y < kHeight; ++y) {
-    for (int32_t x = 0; x < kWidth; ++x) {
+  for (int32_t y = 0; y < kPaddedHeight; ++y) {
+    for (int32_t x = 0; x < kPaddedWidth; ++x) {
       const Rgb colour = ColourAt(x, y);
       EXPECT_EQ(support::At(inverted, x, y),
                 (Rgb{255 - colour.red, 255 - colour.green, 255 - colour.blue}));
@@ -65,8 +65,8 @@ TEST_F(PaddedRows, AreFoundInAndMasked) {
   // No two channels are ever equal, so everything is coloured.
   const Result mask = Call<Result>("ExtractColorRectangleMaskKRT", picture);
   ASSERT_TRUE(mask);
-  for (int32_t row = 0; row < kHeight; ++row) {
-    for (int32_t column = 0; column < kWidth; ++column) {
+  for (int32_t row = 0; row < kPaddedHeight; ++row) {
+    for (int32_t column = 0; column < kPaddedWidth; ++column) {
       EXPECT_EQ(support::At(mask, column, row), (Rgb{0, 0, 0}));
     }
   }
@@ -75,9 +75,9 @@ TEST_F(PaddedRows, AreFoundInAndMasked) {
 TEST_F(PaddedRows, AreScrolledAcrossButNotDown) {
   EXPECT_TRUE(Call<bool>("ScrollHorizontalKRT", picture, 2, true, false));
   EXPECT_FALSE(Call<bool>("ScrollVerticalKRT", picture, 1, true, false));
-  for (int32_t y = 0; y < kHeight; ++y) {
-    for (int32_t x = 0; x < kWidth; ++x) {
-      EXPECT_EQ(pixels.Get((x + 2) % kWidth, y), ColourAt(x, y)) << x << ", " << y;
+  for (int32_t y = 0; y < kPaddedHeight; ++y) {
+    for (int32_t x = 0; x < kPaddedWidth; ++x) {
+      EXPECT_EQ(pixels.Get((x + 2) % kPaddedWidth, y), ColourAt(x, y)) << x << ", " << y;
     }
   }
   ExpectPaddingUntouched();

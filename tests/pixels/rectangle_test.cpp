@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMax = std::numeric_limits<int32_t>::max();
+constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
 void ExpectClipped(RectangleRequest request, int32_t width, int32_t height, Rectangle expected) {
   const Rectangle clipped = ClipRectangle(request, width, height);
@@ -25,7 +25,7 @@ TEST(Rectangle, ZeroSizeSelectsNothing) {
 
 TEST(Rectangle, NegativeSizeMeansThePictures) {
   ExpectClipped({0, 0, -1, -1}, 12, 7, {0, 0, 12, 7});
-  ExpectClipped({0, 0, kMin, -5}, 12, 7, {0, 0, 12, 7});
+  ExpectClipped({0, 0, kLeast, -5}, 12, 7, {0, 0, 12, 7});
   ExpectClipped({10, 3, -1, -1}, 12, 7, {10, 3, 12, 7});
   ExpectClipped({-5, 0, -1, -1}, 12, 7, {0, 0, 7, 7});
 }
@@ -41,11 +41,11 @@ TEST(Rectangle, StartBeyondThePictureSelectsNothing) {
 }
 
 TEST(Rectangle, EndsOfTheIntegersDoNotOverflow) {
-  ExpectClipped({kMax, kMax, kMax, kMax}, 12, 7, {kMax, kMax, 12, 7});
-  ExpectClipped({5, 5, kMax, kMax}, 12, 7, {5, 5, 12, 7});
-  EXPECT_TRUE(ClipRectangle({kMin, kMin, kMax, kMax}, 12, 7).IsEmpty());
-  EXPECT_TRUE(ClipRectangle({kMin, kMin, -1, -1}, 12, 7).IsEmpty());
-  EXPECT_TRUE(ClipRectangle({kMax, kMax, -1, -1}, 12, 7).IsEmpty());
+  ExpectClipped({kMost, kMost, kMost, kMost}, 12, 7, {kMost, kMost, 12, 7});
+  ExpectClipped({5, 5, kMost, kMost}, 12, 7, {5, 5, 12, 7});
+  EXPECT_TRUE(ClipRectangle({kLeast, kLeast, kMost, kMost}, 12, 7).IsEmpty());
+  EXPECT_TRUE(ClipRectangle({kLeast, kLeast, -1, -1}, 12, 7).IsEmpty());
+  EXPECT_TRUE(ClipRectangle({kMost, kMost, -1, -1}, 12, 7).IsEmpty());
 }
 
 }  // namespace

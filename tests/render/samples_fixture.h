@@ -2,7 +2,6 @@
 // here.
 #pragma once
 
-#include <chrono>
 #include <string>
 
 #include "tests/render/waveform.h"

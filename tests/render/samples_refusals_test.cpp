@@ -174,21 +174,5 @@ TEST_F(Samples, OutlinesTakeTheColourOfTheirOwnCall) {
   }
 }
 
-// Rows far outside the picture cost nothing: point by point this would be two thousand million.
-TEST_F(Samples, FarOutsideThePictureTakeNoTime) {
-  Start();
-  Waveform wave;
-  wave.bits = -32;
-  wave.width = 32767;
-  wave.height = 1;
-  wave.sampleCount = wave.width;
-  wave.outlineWidth = 1;
-  std::vector<float> samples;
-  for (int32_t i = 0; i < wave.width; ++i) samples.push_back(i % 2 == 0 ? 15000.0F : -15000.0F);
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_TRUE(Render(BlockOf(samples), wave));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
-}
-
 }  // namespace
 }  // namespace waveform

@@ -15,7 +15,7 @@ Statement Parsed(std::string_view text) {
   return std::get<Statement>(std::move(parsed));
 }
 
-SyntaxError ErrorOf(std::string_view text) {
+SyntaxError SyntaxErrorOf(std::string_view text) {
   auto parsed = ParseStatement(text);
   if (const auto* error = std::get_if<SyntaxError>(&parsed)) return *error;
   ADD_FAILURE() << text << " was accepted";
@@ -136,7 +136,7 @@ TEST(Parser, PointsAtTheColumnThatIsWrong) {
       {"a = b = c", 7, "expected the end of the expression but found '='"},
   };
   for (const auto& [text, column, message] : cases) {
-    const SyntaxError error = ErrorOf(text);
+    const SyntaxError error = SyntaxErrorOf(text);
     EXPECT_EQ(error.column, column) << text;
     EXPECT_EQ(error.message, message) << text;
   }
@@ -148,8 +148,8 @@ TEST(Parser, BoundsNesting) {
     deep += "f(";
     chain += ".f";
   }
-  EXPECT_EQ(ErrorOf(deep).message, "the expression is nested too deeply");
-  EXPECT_EQ(ErrorOf(chain).message, "the expression is nested too deeply");
+  EXPECT_EQ(SyntaxErrorOf(deep).message, "the expression is nested too deeply");
+  EXPECT_EQ(SyntaxErrorOf(chain).message, "the expression is nested too deeply");
   Parsed("f(f(f(f(f(f(f(f(self.f.f.f.f.f))))))))");
 }
 
