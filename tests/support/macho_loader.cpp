@@ -121,9 +121,9 @@ void MachoBundle::ReadSegment(macho::Stream* command) {
   ReadSections(command, sections);
 }
 
-// The zero-filled sections lie side by side, at the end of one segment.
+// The zero-filled sections lie side by side.
 void MachoBundle::ReadSections(macho::Stream* command, uint32_t count) {
-  const bool zeroedBefore = zeroedEnd != 0;
+  bool followsZeroed = false;
   for (uint32_t i = 0; i < count; ++i) {
     command->Skip(32);
     const macho::Address address = command->Address();
@@ -131,13 +131,15 @@ void MachoBundle::ReadSections(macho::Stream* command, uint32_t count) {
     command->Skip(16);
     const bool isZeroFilled = (command->Word() & kSectionTypes) == kSectionZeroFilled;
     command->Skip(kWord == 4 ? 8 : 12);
-    if (!isZeroFilled) {
-      if (!zeroedBefore && zeroedEnd != 0) Refuse("a section behind the zero-filled ones");
-      continue;
+    if (isZeroFilled) {
+      if (zeroedEnd == 0) {
+        zeroedBegin = address;
+      } else if (!followsZeroed || address < zeroedEnd) {
+        Refuse("zero-filled sections apart");
+      }
+      zeroedEnd = address + size;
     }
-    if (zeroedBefore || address < zeroedEnd) Refuse("zero-filled sections in disorder");
-    if (zeroedEnd == 0) zeroedBegin = address;
-    zeroedEnd = address + size;
+    followsZeroed = isZeroFilled;
   }
 }
 
