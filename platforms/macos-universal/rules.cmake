@@ -5,11 +5,17 @@ set(libraries ${libraries}/Carbon.tbd ${libraries}/CoreFoundation.tbd ${librarie
   ${libraries}/libSystem.tbd)
 set(PICTURE_LINK_DEPENDS ${here}/check.py ${here}/rules.cmake ${here}/../bundle_tables.py ${libraries})
 
+# CMake lets a compiler cache see the first command alone.
+set(launcher ${CMAKE_CXX_COMPILER_LAUNCHER})
+if(NOT launcher)
+  set(launcher $ENV{CMAKE_CXX_COMPILER_LAUNCHER})
+endif()
+
 list(JOIN libraries " " libraries)
 set(join "llvm-lipo-14 -create -output")
 set(CMAKE_CXX_COMPILE_OBJECT
   "<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -c -o <OBJECT>.x86_64 <SOURCE>"
-  "<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> --target=arm64-apple-macosx11.0 -c -o <OBJECT>.arm64 <SOURCE>"
+  "${launcher} <CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> --target=arm64-apple-macosx11.0 -c -o <OBJECT>.arm64 <SOURCE>"
   "${join} <OBJECT> <OBJECT>.x86_64 <OBJECT>.arm64")
 
 # Options for the linker reach it without a compiler in between.

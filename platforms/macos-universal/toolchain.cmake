@@ -1,5 +1,5 @@
-# Builds the plug-in for macOS on both 64-bit processors at once, on Debian; join.cmake adds the bundle
-# for 32-bit x86. The headers and link stubs are those of that bundle.
+# Builds the plug-in for macOS on both 64-bit processors at once, on Debian; CMakeLists.txt adds the
+# bundle for 32-bit x86. The headers and link stubs are those of that bundle.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_CXX_COMPILER clang++-14)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-apple-macosx10.9)

@@ -98,6 +98,10 @@ bool SparsePixels::RowIsZero(int32_t y) const {
 
 SparseTest::SparseTest() {
   StartWithoutPlugin();
+  if (support::PluginIsBundle()) {
+    support::LoadBundle(Host(), support::PluginPath(), &Resolve);
+    return;
+  }
   library = ::dlopen(support::PluginPath().c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw host::Error(::dlerror());
   void* pluginMain = ::dlsym(library, "REALPluginMain");
@@ -117,6 +121,8 @@ PictureRef SparseTest::Show(SparsePixels& pixels) {
   return picture;
 }
 
-SparseTest::~SparseTest() { ::dlclose(library); }
+SparseTest::~SparseTest() {
+  if (library != nullptr) ::dlclose(library);
+}
 
 }  // namespace large

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include "places.h"
+#include "tests/support/macho_calls.h"
 #include "tests/support/macho_imports.h"
 
 namespace support {
@@ -64,16 +65,22 @@ std::unique_ptr<MachoBundle>& LastBundle() {
 }
 }  // namespace
 
-MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path) {
+MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path,
+                        REALresolver resolver) {
+  static REALresolver offered;
+  static void (*pluginMain)(REALresolver);
+  offered = ResolverForBundle(resolver != nullptr ? resolver : host.Resolver());
   std::unique_ptr<MachoBundle>& bundle = LastBundle();
   bundle.reset();
-  const auto import = [&](std::string_view library, std::string_view symbol) {
-    return MacImport(host.Resolver(), library, symbol);
+  const auto import = [](std::string_view library, std::string_view symbol) {
+    return MacImport(offered, library, symbol);
   };
   bundle = std::make_unique<MachoBundle>(path, LoadAddressSetting(), import);
-  void* pluginMain = bundle->Find("_REALPluginMain");
-  if (pluginMain == nullptr) throw host::Error("the bundle has no REALPluginMain");
-  host.StartPlugin(reinterpret_cast<void (*)(REALresolver)>(pluginMain));
+  void* entry = bundle->Find("_REALPluginMain");
+  if (entry == nullptr) throw host::Error("the bundle has no REALPluginMain");
+  pluginMain = reinterpret_cast<void (*)(REALresolver)>(entry);
+  host.StartPlugin([](REALresolver) { pluginMain(offered); });
+  BridgeMethods(host.registry);
   return *bundle;
 }
 
@@ -83,7 +90,8 @@ const Internals* LoadInternals(host::Host& host) {
   using Table = const Internals* (*)();
   if (PluginIsBundle()) {
     const std::filesystem::path path = PluginPath().replace_filename("PictureInternals.bundle");
-    return reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"))();
+    auto table = reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"));
+    return InternalsOfBundle(table());
   }
   host.LoadPlugin(PICTURE_INTERNALS);
   void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);

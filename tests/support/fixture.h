@@ -37,8 +37,10 @@ bool PluginIsBundle();
 void SetLoadAddress(uintptr_t address);
 
 // Loads a macOS bundle into a host. It stays where it is until the next takes its place, so that it
-// is as fresh for each host as a library is that the host unloads.
-MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path);
+// is as fresh for each host as a library is that the host unloads. It is given `resolver`, or the
+// host's own.
+MachoBundle& LoadBundle(host::Host& host, const std::filesystem::path& path,
+                        REALresolver resolver = nullptr);
 
 // The one that was loaded last.
 MachoBundle& LoadedBundle();

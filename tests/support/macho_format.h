@@ -1,4 +1,5 @@
-// What a 32-bit Mach-O file is made of, as far as the loader reads it.
+// What a Mach-O file is made of, as far as the loader reads it: the slice for the processor that
+// this program runs on.
 #pragma once
 
 #include <algorithm>
@@ -11,13 +12,26 @@
 
 namespace support::macho {
 
+// Words as wide as pointers have the width of the processor.
+using Address = uintptr_t;
+inline constexpr size_t kWord = sizeof(Address);
+
 enum : uint32_t {
-  kMagic32 = 0xFEEDFACE,
-  kProcessorI386 = 7,
+#if defined(__i386__)
+  kProcessor = 0x7,
+#elif defined(__x86_64__)
+  kProcessor = 0x01000007,
+#elif defined(__aarch64__)
+  kProcessor = 0x0100000C,
+#endif
+  kMagicOfSeveral = 0xBEBAFECA,  // 0xCAFEBABE, the highest byte first
+  kMagic = kWord == 4 ? 0xFEEDFACE : 0xFEEDFACF,
   kBundle = 8,
-  kCommandSegment = 0x1,
+  kHeaderSize = kWord == 4 ? 28 : 32,
+  kCommandSegment = kWord == 4 ? 0x1 : 0x19,
   kCommandLoadLibrary = 0xC,
   kCommandDyldInfoOnly = 0x80000022,
+  kReadOnlyOnceCorrected = 0x10,  // a segment's flag
   kSectionTypes = 0xFF,
   kSectionZeroFilled = 1,
 };
@@ -48,7 +62,6 @@ enum BindOpcode : uint8_t {
   kBindManySkipping = 0xC0,
 };
 inline constexpr uint8_t kTypePointer = 1;
-inline constexpr uint32_t kWord = 4;
 
 [[noreturn]] inline void Refuse(const std::string& why) {
   throw std::runtime_error("bundle: " + why);
@@ -73,19 +86,17 @@ class Stream {
     Skip(1);
     return *byte;
   }
-  uint32_t Word() {
-    uint32_t word = 0;
-    const uint8_t* bytes = next;
-    Skip(sizeof(word));
-    std::memcpy(&word, bytes, sizeof(word));
-    return word;
-  }
-  // An unsigned number in groups of seven bits, the lowest first. Distances wrap at 32 bits.
-  uint32_t Number() {
-    uint32_t number = 0;
+  uint32_t Word() { return Plain<uint32_t>(); }
+  macho::Address Address() { return Plain<macho::Address>(); }
+  // The highest byte first.
+  uint32_t SwappedWord() { return __builtin_bswap32(Word()); }
+  // An unsigned number in groups of seven bits, the lowest first. Distances wrap, so that one may
+  // lead back.
+  macho::Address Number() {
+    macho::Address number = 0;
     for (unsigned shift = 0;; shift += 7) {
       const uint8_t byte = Byte();
-      if (shift < 32) number |= static_cast<uint32_t>(byte & 0x7F) << shift;
+      if (shift < 8 * kWord) number |= static_cast<macho::Address>(byte & 0x7F) << shift;
       if ((byte & 0x80) == 0) return number;
     }
   }
@@ -97,6 +108,15 @@ class Stream {
   }
 
  private:
+  template <class T>
+  T Plain() {
+    T value = 0;
+    const uint8_t* bytes = next;
+    Skip(sizeof(value));
+    std::memcpy(&value, bytes, sizeof(value));
+    return value;
+  }
+
   const uint8_t* next;
   const uint8_t* end;
 };

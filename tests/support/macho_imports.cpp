@@ -21,13 +21,13 @@ constexpr std::string_view kCarbon =
 REALresolver gHostResolver;
 
 // Constant CFStrings say that they are strings by pointing here.
-uint32_t gConstantStringClass[8];
+uintptr_t gConstantStringClass[8];
 
 struct ConstantString {
   const void* isa;
   uint32_t flags;
   const char* text;
-  uint32_t length;
+  size_t length;
 };
 
 // Null, and so a step that fails, for what isn't a constant CFString of 8-bit characters.
@@ -75,7 +75,10 @@ void* CountedCalloc(size_t count, size_t size) {
 
 // What stands in for a function that the host doesn't have.
 uintptr_t Nothing() { return 0; }
-int16_t FolderNotFound() { return -43; }
+int32_t FolderNotFound() { return -43; }
+
+// What binds a lazy import at its first call. They are bound before.
+[[noreturn]] void BindAtFirstCall() { std::abort(); }
 
 template <class Function>
 void* Address(Function* function) {
@@ -91,6 +94,7 @@ struct Import {
 
 const Import kImports[] = {
     {kSystem, "___bzero", Address(ZeroBytes)},
+    {kSystem, "_bzero", Address(ZeroBytes)},
     {kSystem, "_calloc", Address(CountedCalloc)},
     {kSystem, "_free", Address(std::free)},
     {kSystem, "_malloc", Address(CountedMalloc)},
@@ -99,6 +103,7 @@ const Import kImports[] = {
     {kSystem, "_memset", Address(std::memset)},
     {kSystem, "_memset_pattern16", Address(Repeat16Bytes)},
     {kSystem, "_strlen", Address<size_t(const char*)>(std::strlen)},
+    {kSystem, "dyld_stub_binder", Address(BindAtFirstCall)},
     {kCoreFoundation, "___CFConstantStringClassReference", gConstantStringClass},
     {kCoreFoundation, "_CFBundleCreate", nullptr},
     {kCoreFoundation, "_CFBundleGetFunctionPointerForName", Address(FunctionPointerForName)},

@@ -16,9 +16,18 @@ using namespace macho;
 
 namespace {
 
-std::vector<uint8_t> Part(const std::vector<uint8_t>& file, uint32_t offset, uint32_t size) {
+std::vector<uint8_t> Part(const std::vector<uint8_t>& file, uintptr_t offset, uintptr_t size) {
   if (offset > file.size() || size > file.size() - offset) Refuse("truncated");
-  return {file.begin() + offset, file.begin() + offset + size};
+  const auto begin = file.begin() + static_cast<ptrdiff_t>(offset);
+  return {begin, begin + static_cast<ptrdiff_t>(size)};
+}
+
+std::vector<uint8_t> Read(std::istream& input, uint64_t offset, uint64_t size) {
+  std::vector<uint8_t> bytes(static_cast<size_t>(size));
+  input.seekg(static_cast<std::streamoff>(offset));
+  input.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (!input) Refuse("can't be read to its end");
+  return bytes;
 }
 
 }  // namespace
@@ -26,17 +35,13 @@ std::vector<uint8_t> Part(const std::vector<uint8_t>& file, uint32_t offset, uin
 MachoBundle::MachoBundle(const std::filesystem::path& path, uintptr_t address,
                          const Importer& importer)
     : loadAddress(address) {
-  if (sizeof(void*) != kWord) Refuse("needs a 32-bit process");
-  std::ifstream input(path, std::ios::binary);
-  if (!input) Refuse("can't open " + path.string());
-  file.resize(static_cast<size_t>(std::filesystem::file_size(path)));
-  input.read(reinterpret_cast<char*>(file.data()), static_cast<std::streamsize>(file.size()));
-  if (!input) Refuse("can't read " + path.string());
+  ReadSlice(path);
   ReadLoadCommands();
   Map();
   try {
     Rebase();
-    Bind(importer);
+    Bind(bindings, false, importer);
+    Bind(lazyBindings, true, importer);
     Protect();
   } catch (...) {
     munmap(memory, memorySize);
@@ -46,64 +51,103 @@ MachoBundle::MachoBundle(const std::filesystem::path& path, uintptr_t address,
 
 MachoBundle::~MachoBundle() { munmap(memory, memorySize); }
 
+// A file for several processors begins with a list of its slices.
+void MachoBundle::ReadSlice(const std::filesystem::path& path) {
+  std::ifstream input(path, std::ios::binary);
+  if (!input) Refuse("can't open " + path.string());
+  const auto fileSize = static_cast<uint64_t>(std::filesystem::file_size(path));
+  constexpr size_t kListHeader = 8;
+  constexpr size_t kListRow = 20;
+  const std::vector<uint8_t> header = Read(input, 0, kListHeader);
+  Stream list(header);
+  if (list.Word() != kMagicOfSeveral) {
+    slice = Read(input, 0, fileSize);
+    return;
+  }
+  const std::vector<uint8_t> rows = Read(
+      input, kListHeader, std::min<uint64_t>(list.SwappedWord() * uint64_t{kListRow}, fileSize));
+  for (size_t at = 0; at < rows.size(); at += kListRow) {
+    Stream row(rows, at);
+    if (row.SwappedWord() != kProcessor) continue;
+    row.Skip(4);
+    const uint64_t offset = row.SwappedWord();
+    slice = Read(input, offset, std::min<uint64_t>(row.SwappedWord(), fileSize));
+    return;
+  }
+  Refuse("not for this processor");
+}
+
 void MachoBundle::ReadLoadCommands() {
-  Stream header(file);
-  if (header.Word() != kMagic32 || header.Word() != kProcessorI386) Refuse("not for i386");
+  Stream header(slice);
+  if (header.Word() != kMagic || header.Word() != kProcessor) Refuse("not for this processor");
   header.Skip(4);
   if (header.Word() != kBundle) Refuse("not a bundle");
   const uint32_t count = header.Word();
-  size_t offset = 28;
+  size_t offset = kHeaderSize;
   for (uint32_t i = 0; i < count; ++i) {
-    Stream command(file, offset);
+    Stream command(slice, offset);
     const uint32_t kind = command.Word();
     const uint32_t size = command.Word();
     if (kind == kCommandSegment) {
-      command.Skip(16);
-      Segment segment;
-      segment.address = command.Word();
-      segment.size = command.Word();
-      segment.fileOffset = command.Word();
-      segment.fileSize = command.Word();
-      command.Skip(4);
-      segment.protection = static_cast<int32_t>(command.Word());
-      segments.push_back(segment);
-      ReadSections(&command);
+      ReadSegment(&command);
     } else if (kind == kCommandLoadLibrary) {
-      libraries.push_back(Stream(file, offset + command.Word()).Text());
+      libraries.push_back(Stream(slice, offset + command.Word()).Text());
     } else if (kind == kCommandDyldInfoOnly) {
       uint32_t tables[10];
       for (uint32_t& word : tables) word = command.Word();
-      rebases = Part(file, tables[0], tables[1]);
-      bindings = Part(file, tables[2], tables[3]);
-      if (tables[5] != 0 || tables[7] != 0) Refuse("weak or lazy bindings");
-      exports = Part(file, tables[8], tables[9]);
+      rebases = Part(slice, tables[0], tables[1]);
+      bindings = Part(slice, tables[2], tables[3]);
+      if (tables[5] != 0) Refuse("weak bindings");
+      lazyBindings = Part(slice, tables[6], tables[7]);
+      exports = Part(slice, tables[8], tables[9]);
     }
     offset += size;
   }
-  if (segments.empty()) Refuse("no segments");
+  if (segments.empty() || exports.empty()) Refuse("no segments or no exports");
 }
 
-// What follows a segment's protection: how many sections it has, and the sections.
-void MachoBundle::ReadSections(macho::Stream* command) {
-  const uint32_t count = command->Word();
+void MachoBundle::ReadSegment(macho::Stream* command) {
+  command->Skip(16);
+  Segment segment;
+  segment.address = command->Address();
+  segment.size = command->Address();
+  segment.fileOffset = command->Address();
+  segment.fileSize = command->Address();
   command->Skip(4);
+  segment.protection = static_cast<int32_t>(command->Word());
+  const uint32_t sections = command->Word();
+  segment.readOnlyOnceCorrected = (command->Word() & kReadOnlyOnceCorrected) != 0;
+  segments.push_back(segment);
+  ReadSections(command, sections);
+}
+
+// The zero-filled sections lie side by side.
+void MachoBundle::ReadSections(macho::Stream* command, uint32_t count) {
+  bool followsZeroed = false;
   for (uint32_t i = 0; i < count; ++i) {
     command->Skip(32);
-    const uint32_t address = command->Word();
-    const uint32_t size = command->Word();
+    const macho::Address address = command->Address();
+    const macho::Address size = command->Address();
     command->Skip(16);
     const bool isZeroFilled = (command->Word() & kSectionTypes) == kSectionZeroFilled;
-    command->Skip(8);
-    if (!isZeroFilled) continue;
-    if (zeroedSize != 0) Refuse("two zero-filled sections");
-    zeroedAddress = address;
-    zeroedSize = size;
+    command->Skip(kWord == 4 ? 8 : 12);
+    if (isZeroFilled) {
+      if (zeroedEnd == 0) {
+        zeroedBegin = address;
+      } else if (!followsZeroed || address < zeroedEnd) {
+        Refuse("zero-filled sections apart");
+      }
+      zeroedEnd = address + size;
+    }
+    followsZeroed = isZeroFilled;
   }
 }
 
 void MachoBundle::Map() {
+  constexpr uintptr_t kLargest = uintptr_t{64} << 20;
   for (const Segment& segment : segments) {
     if (segment.fileSize > segment.size) Refuse("a segment larger than its place");
+    if (segment.address > kLargest || segment.size > kLargest) Refuse("too large");
     memorySize = std::max<size_t>(memorySize, segment.address + segment.size);
   }
   if (segments.front().address != 0) Refuse("not linked for address 0");
@@ -113,27 +157,27 @@ void MachoBundle::Map() {
   if (mapped == MAP_FAILED) Refuse(std::string("can't map: ") + std::strerror(errno));
   memory = static_cast<uint8_t*>(mapped);
   for (const Segment& segment : segments) {
-    const std::vector<uint8_t> contents = Part(file, segment.fileOffset, segment.fileSize);
+    const std::vector<uint8_t> contents = Part(slice, segment.fileOffset, segment.fileSize);
     std::copy(contents.begin(), contents.end(), memory + segment.address);
   }
 }
 
-uint32_t* MachoBundle::WordAt(size_t segment, uint32_t offset) {
+uintptr_t* MachoBundle::WordAt(size_t segment, uintptr_t offset) {
   if (segment >= segments.size() || segments[segment].size < kWord ||
       offset > segments[segment].size - kWord) {
     Refuse("a correction outside its segment");
   }
   if ((segments[segment].protection & 2) == 0) Refuse("a correction in code");
-  return reinterpret_cast<uint32_t*>(memory + segments[segment].address + offset);
+  return reinterpret_cast<uintptr_t*>(memory + segments[segment].address + offset);
 }
 
 void MachoBundle::Rebase() {
   Stream stream(rebases);
   size_t segment = 0;
-  uint32_t offset = 0;
-  const auto rebase = [&](uint32_t count, uint32_t skipped) {
-    for (uint32_t i = 0; i < count; ++i) {
-      *WordAt(segment, offset) += static_cast<uint32_t>(loadAddress);
+  uintptr_t offset = 0;
+  const auto rebase = [&](uintptr_t count, uintptr_t skipped) {
+    for (uintptr_t i = 0; i < count; ++i) {
+      *WordAt(segment, offset) += loadAddress;
       offset += kWord + skipped;
     }
   };
@@ -166,7 +210,7 @@ void MachoBundle::Rebase() {
         rebase(1, stream.Number());
         break;
       case kRebaseManySkipping: {
-        const uint32_t count = stream.Number();
+        const uintptr_t count = stream.Number();
         rebase(count, stream.Number());
         break;
       }
@@ -176,19 +220,23 @@ void MachoBundle::Rebase() {
   }
 }
 
-void MachoBundle::Bind(const Importer& importer) {
-  Stream stream(bindings);
+// A lazy import's word leads to code that has it bound by the system at its first call. Each has an
+// end of its own in the table.
+void MachoBundle::Bind(const std::vector<uint8_t>& table, bool lazy, const Importer& importer) {
+  Stream stream(table);
   size_t segment = 0;
-  uint32_t offset = 0;
-  uint32_t ordinal = 0;
+  uintptr_t offset = 0;
+  uintptr_t ordinal = 0;
   std::string symbol;
-  const auto bind = [&](uint32_t count, uint32_t skipped) {
+  const auto bind = [&](uintptr_t count, uintptr_t skipped) {
     if (ordinal == 0 || ordinal > libraries.size()) Refuse(symbol + " is from no library");
     const std::string& library = libraries[ordinal - 1];
     void* target = importer(library, symbol);
     if (target == nullptr) Refuse(symbol + " isn't in " + library);
-    for (uint32_t i = 0; i < count; ++i) {
-      *WordAt(segment, offset) = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(target));
+    for (uintptr_t i = 0; i < count; ++i) {
+      uintptr_t* word = WordAt(segment, offset);
+      if (lazy && !IsCode(*word)) Refuse(symbol + " has no code that binds it");
+      *word = reinterpret_cast<uintptr_t>(target);
       offset += kWord + skipped;
     }
   };
@@ -197,7 +245,8 @@ void MachoBundle::Bind(const Importer& importer) {
     const uint8_t operand = byte & 0x0F;
     switch (byte & 0xF0) {
       case kBindDone:
-        return;
+        if (!lazy) return;
+        break;
       case kBindSetOrdinal:
         ordinal = operand;
         break;
@@ -228,7 +277,7 @@ void MachoBundle::Bind(const Importer& importer) {
         bind(1, operand * kWord);
         break;
       case kBindManySkipping: {
-        const uint32_t count = stream.Number();
+        const uintptr_t count = stream.Number();
         bind(count, stream.Number());
         break;
       }
@@ -241,20 +290,30 @@ void MachoBundle::Bind(const Importer& importer) {
 void MachoBundle::Protect() {
   for (const Segment& segment : segments) {
     int protection = 0;
+    const bool isWritten = (segment.protection & 2) != 0 && !segment.readOnlyOnceCorrected;
     if ((segment.protection & 1) != 0) protection |= PROT_READ;
-    if ((segment.protection & 2) != 0) protection |= PROT_WRITE;
+    if (isWritten) protection |= PROT_WRITE;
     if ((segment.protection & 4) != 0) protection |= PROT_EXEC;
-    if (mprotect(memory + segment.address, segment.size, protection) != 0) {
+    uint8_t* begin = memory + segment.address;
+    if (mprotect(begin, segment.size, protection) != 0) {
       Refuse(std::string("can't protect: ") + std::strerror(errno));
+    }
+    if ((protection & PROT_EXEC) != 0) {
+      __builtin___clear_cache(reinterpret_cast<char*>(begin),
+                              reinterpret_cast<char*>(begin + segment.size));
     }
   }
 }
 
+bool MachoBundle::IsCode(uintptr_t address) const {
+  return std::any_of(segments.begin(), segments.end(), [&](const Segment& segment) {
+    return (segment.protection & 4) != 0 && address - loadAddress - segment.address < segment.size;
+  });
+}
+
 std::span<uint8_t> MachoBundle::Zeroed() const {
-  if (zeroedAddress > memorySize || zeroedSize > memorySize - zeroedAddress) {
-    Refuse("a section outside its segment");
-  }
-  return {memory + zeroedAddress, zeroedSize};
+  if (zeroedBegin > zeroedEnd || zeroedEnd > memorySize) Refuse("a section outside its segment");
+  return {memory + zeroedBegin, zeroedEnd - zeroedBegin};
 }
 
 // The exports are a tree: a node has what its name stands for, if anything, and branches labelled
@@ -264,7 +323,7 @@ void* MachoBundle::Find(std::string_view symbol) const {
   std::string_view rest = symbol;
   for (size_t depth = 0; depth <= symbol.size(); ++depth) {
     Stream stream(exports, node);
-    const uint32_t terminalSize = stream.Number();
+    const uintptr_t terminalSize = stream.Number();
     if (rest.empty()) {
       if (terminalSize == 0 || stream.Number() != 0) return nullptr;  // or no plain symbol
       return memory + stream.Number();
@@ -273,7 +332,7 @@ void* MachoBundle::Find(std::string_view symbol) const {
     bool found = false;
     for (int branches = stream.Byte(); branches > 0 && !found; --branches) {
       const std::string label = stream.Text();
-      const uint32_t child = stream.Number();
+      const uintptr_t child = stream.Number();
       if (!label.empty() && rest.starts_with(label)) {
         rest.remove_prefix(label.size());
         node = child;

@@ -1,8 +1,10 @@
 // The tests' own options: --plugin=PATH, --load-address=ADDRESS, --seed=N,
-// --instruction-set=baseline|avx2|avx512, --locks=nested|single|uncounted|copied, and
-// --every-method, with which a run fails that leaves out a method that the plug-in registers.
+// --instruction-set=baseline|avx2|avx512; --locks=nested|single|uncounted|copied; --every-method,
+// with which a run fails that leaves out a method that the plug-in registers; and
+// --all-but=TEST:..., which runs all tests but those named, and fails if any other was left out.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -25,6 +27,32 @@ class PrintSeed : public ::testing::EmptyTestEventListener {
   }
   static unsigned long long seedOf() { return Seed(); }
 };
+
+// That a run is of all tests but some.
+class AllBut {
+ public:
+  // `names` are separated by colons; there may be none.
+  void Name(const std::string& names) {
+    wanted = true;
+    if (names.empty()) return;
+    GTEST_FLAG_SET(filter, "-" + names);
+    named = 1 + static_cast<int>(std::count(names.begin(), names.end(), ':'));
+  }
+  // After the run.
+  bool Holds() const {
+    const ::testing::UnitTest& run = *::testing::UnitTest::GetInstance();
+    const int all = run.total_test_count();
+    const int done = run.successful_test_count() + run.failed_test_count();
+    const bool holds = !wanted || (all > named && done == all - named);
+    if (!holds) std::printf("%d tests of %d were run, all but %d should be\n", done, all, named);
+    return holds;
+  }
+
+ private:
+  bool wanted = false;
+  int named = 0;
+};
+
 // What an option's value names. False for a name that isn't one.
 template <class T, size_t kCount>
 bool Choose(const std::pair<std::string_view, T> (&names)[kCount], std::string_view name,
@@ -68,6 +96,7 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
+  support::AllBut allBut;
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
     if (argument.starts_with("--plugin=")) {
@@ -78,6 +107,8 @@ int main(int argc, char** argv) {
       support::SetSeed(std::strtoull(argv[i] + 7, nullptr, 10));
     } else if (argument == "--every-method") {
       support::RequireEveryMethod();
+    } else if (argument.starts_with("--all-but=")) {
+      allBut.Name(argv[i] + 10);
     } else if (argument.starts_with("--instruction-set=") &&
                support::UseInstructionSet(argument.substr(18))) {
     } else if (argument.starts_with("--locks=") && support::UseLocks(argument.substr(8))) {
@@ -87,5 +118,6 @@ int main(int argc, char** argv) {
     }
   }
   ::testing::UnitTest::GetInstance()->listeners().Append(new support::PrintSeed);
-  return RUN_ALL_TESTS();
+  const int failed = RUN_ALL_TESTS();
+  return failed == 0 && allBut.Holds() ? 0 : 1;
 }
