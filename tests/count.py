@@ -10,7 +10,8 @@ import re
 import sys
 
 OUTPUT = re.compile(r"^(\d+): (.*)")
-ENDED = re.compile(r"^ *\d+/\d+ Test +#(\d+): (\S+) \.*( *)(\*\*\*)? *(\w+)")
+ENDED = re.compile(r"^ *\d+/\d+ Test +#(\d+): (\S+) \.*(.*)")
+STATUS = re.compile(r"^ *(\*\*\*)?([A-Z]\w+).* ([0-9.]+) sec")
 GOOGLE_PASSED = re.compile(r"^\[  PASSED  \] (\d+) tests?\.")
 GOOGLE_FAILED = re.compile(r"^\[  FAILED  \] (\d+) tests?, listed below")
 PYTHON = re.compile(r"^Ran (\d+) tests? in|(\d+) passed\b")
@@ -19,7 +20,7 @@ PYTHON = re.compile(r"^Ran (\d+) tests? in|(\d+) passed\b")
 def count(path):
     passed, failed = {}, {}
     totals = [0, 0]
-    ended = 0
+    ended, current = 0, None
     for line in open(path, encoding="utf-8", errors="replace"):
         output = OUTPUT.match(line)
         if output:
@@ -30,15 +31,20 @@ def count(path):
                 failed[number] = failed.get(number, 0) + int(found[1])
             elif found := PYTHON.search(text):
                 passed[number] = int(found[1] or found[2])
-        elif found := ENDED.match(line):
-            number, good = found[1], found[4] is None and found[5] == "Passed"
+            continue
+        # How a test ended stands behind its name, or in the next line.
+        if found := ENDED.match(line):
+            current, line = (found[1], found[2]), found[3]
+        if current and (status := STATUS.match(line)):
+            number, name = current
+            current = None
             ended += 1
-            if good:
+            if status[1] is None and status[2] == "Passed":
                 totals[0] += passed.get(number, 1)
             else:
                 totals[0] += passed.get(number, 0) if number in failed else 0
                 totals[1] += failed.get(number, 1)
-                print(f"failed: {found[2]}")
+                print(f"failed: {name}")
     if ended == 0:
         sys.exit(f"{path}: no tests were run")
     return totals
