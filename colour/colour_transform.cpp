@@ -62,6 +62,8 @@ REALpicture TransformColorsKRT(REALpicture picture, REALmemoryBlock red, REALmem
   const LockedMemoryBlock blueBlock(blue);
   if (!redBlock.bytes().data || !greenBlock.bytes().data || !blueBlock.bytes().data) return nullptr;
 
+  // Two locks, of one picture where it is its own destination. A host that refuses the second one
+  // gets a new picture.
   PictureReader source;
   if (!source.GetPictureEditor(picture, true, false)) return nullptr;
   PictureWriter target;

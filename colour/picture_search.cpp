@@ -203,6 +203,7 @@ int8_t FindPicture(REALpicture picture, REALpicture pic, int32_t* x, int32_t* y)
   *y = 0;
   PictureReader haystack;
   PictureReader needle;
+  // Two locks, of one picture where it is searched in itself.
   if (!haystack.GetPictureEditor(picture, true, false)) return 0;
   if (!needle.GetPictureEditor(pic, true, false)) return 0;
   if (needle.width < 1 || needle.height < 1) return 0;

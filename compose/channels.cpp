@@ -36,6 +36,7 @@ constexpr Pixel ReplaceBlue(Pixel source, Pixel channel) {
   return {source.red, source.green, channel.blue};
 }
 
+// A picture that is given twice is locked twice.
 bool Open(PictureReader& reader, REALpicture picture) {
   return reader.GetPictureEditor(picture, true, false);
 }

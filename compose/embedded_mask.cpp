@@ -79,6 +79,7 @@ REALpicture GetEmbededMask(REALpicture picture, int8_t swap) {
 
 void SetEmbededMask(REALpicture picture, int8_t swap, REALpicture maskPicture) {
   if (maskPicture == nullptr) return;
+  // Two locks, of one picture where it is its own mask.
   PictureReader target;
   if (!target.GetPictureEditor(picture, true, false)) return;
   PictureReader mask;

@@ -28,6 +28,9 @@ class PictureEditor {
   // its own is drawn into a fresh bitmap, which is opened in its place, when `rasterizeIfNeeded` is
   // set and `modifies` is not. With `modifies` the host's cached rendering of the picture is
   // discarded at release.
+  //
+  // Two editors that are open on one picture hold two locks of it. A host may refuse the second, or
+  // give each its own copy of the pixels; docs/conventions.md says what then comes of each method.
   bool GetPictureEditor(REALpicture pic, bool rasterizeIfNeeded, bool modifies);
 
   // Hands the picture over and closes the editor: the result carries one reference for the caller.

@@ -84,6 +84,91 @@ TEST_F(LockTest, OldHostsCountARefusedLock) {
   EXPECT_EQ(picture->DescriptionLocks(), 0);
 }
 
+TEST_F(LockTest, ASecondLockIsRefusedWhereTheHostSaysSo) {
+  const Ref<Picture> picture = host.NewPicture(2, 2);
+  REALpictureDescription description{};
+  for (const LockManner manner : {LockManner::kSingle, LockManner::kUncounted}) {
+    host.settings.lockManner = manner;
+    ASSERT_TRUE(LockDescription(picture, description, kPictureBitmapContext));
+    EXPECT_FALSE(LockDescription(picture, description, kPictureBitmapContext));
+    EXPECT_FALSE(LockDescription(picture, description));
+    EXPECT_EQ(picture->DescriptionLocks(), 1);
+    UnlockDescription(picture);
+    EXPECT_EQ(picture->DescriptionLocks(), 0);
+    EXPECT_TRUE(LockDescription(picture, description, kPictureBitmapContext));
+    UnlockDescription(picture);
+  }
+}
+
+TEST_F(LockTest, AnOldHostMayCountTheSecondLockThatItRefusesOrNot) {
+  const Ref<Picture> picture = host.NewPicture(2, 2);
+  REALpictureDescription description{};
+  host.settings.version = 2011.99;
+  host.settings.lockManner = LockManner::kSingle;
+  ASSERT_TRUE(LockDescription(picture, description, kPictureBitmapContext));
+  EXPECT_FALSE(LockDescription(picture, description, kPictureBitmapContext));
+  EXPECT_EQ(picture->DescriptionLocks(), 2);
+  UnlockDescription(picture);
+  UnlockDescription(picture);
+
+  host.settings.lockManner = LockManner::kUncounted;
+  ASSERT_TRUE(LockDescription(picture, description, kPictureBitmapContext));
+  EXPECT_FALSE(LockDescription(picture, description, kPictureBitmapContext));
+  EXPECT_EQ(picture->DescriptionLocks(), 1);
+  UnlockDescription(picture);  // takes the first lock away
+  EXPECT_EQ(picture->DescriptionLocks(), 0);
+  UnlockDescription(picture);
+  EXPECT_EQ(picture->DescriptionLocks(), 0);
+  EXPECT_TRUE(TakeErrors().empty());
+}
+
+TEST_F(LockTest, ACopyIsWrittenBackAtItsUnlockTheLastFirst) {
+  host.settings.lockManner = LockManner::kCopied;
+  for (const PictureLayout& layout :
+       {PictureLayout::BitmapContext(6, 4), PictureLayout::RowTable(4)}) {
+    const bool table = layout.storage == Storage::kRowTable;
+    const Ref<Picture> picture = host.NewPicture(3, 2, layout);
+    picture->SetWord(0, 1, 1);
+    const auto rowOne = [&](const REALpictureDescription& description) {
+      if (table) return static_cast<const REALrowTablePicture*>(description.pictureData)->rows[1];
+      void* context = description.pictureData;
+      const auto rowBytes = Find<size_t(void*)>("CGBitmapContextGetBytesPerRow")(context);
+      return static_cast<uint8_t*>(Find<void*(void*)>("CGBitmapContextGetData")(context)) +
+             rowBytes;
+    };
+    const uint32_t wanted = table ? kPictureRowTable : kPictureBitmapContext;
+    REALpictureDescription first{};
+    REALpictureDescription second{};
+    ASSERT_TRUE(LockDescription(picture, first, wanted));
+    ASSERT_TRUE(LockDescription(picture, second, wanted));
+    EXPECT_NE(rowOne(first), picture->Row(1));
+    EXPECT_NE(rowOne(first), rowOne(second));
+    EXPECT_EQ(rowOne(first)[0], 1);
+    rowOne(first)[0] = 2;
+    rowOne(second)[0] = 3;
+    EXPECT_EQ(picture->Word(0, 1), 1U) << "nothing is written before the unlock";
+    UnlockDescription(picture);
+    EXPECT_EQ(picture->Word(0, 1), 3U);
+    UnlockDescription(picture);
+    EXPECT_EQ(picture->Word(0, 1), 2U);
+    EXPECT_TRUE(picture->GuardsIntact());
+  }
+}
+
+TEST_F(LockTest, ACopyThatWasWrittenBesideItsPixelsIsNoticed) {
+#ifndef __SANITIZE_ADDRESS__  // which stops at the write itself
+  host.settings.lockManner = LockManner::kCopied;
+  const Ref<Picture> picture = host.NewPicture(2, 2);
+  REALpictureDescription description{};
+  ASSERT_TRUE(LockDescription(picture, description, kPictureBitmapContext));
+  auto* pixels =
+      static_cast<uint8_t*>(Find<void*(void*)>("CGBitmapContextGetData")(description.pictureData));
+  pixels[-1] ^= 1;
+  UnlockDescription(picture);
+  EXPECT_TRUE(Contains(TakeErrors(), "locked copy was written beside its pixels"));
+#endif
+}
+
 TEST_F(LockTest, AHookMaySpoilTheDescription) {
   const Ref<Picture> picture = host.NewPicture(2, 2);
   picture->SetDescriptionHook([](REALpictureDescription& description) {
