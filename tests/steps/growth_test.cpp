@@ -98,7 +98,7 @@ TEST_F(Growth, MaskOfManyRectangles) {
   };
   for (const auto& picture : kPictures) {
     ExpectLinear(picture.name, [&](int32_t scale) {
-      const PictureRef source = Make(400, 400 * scale, picture.paint);
+      const PictureRef source = Make(200, 200 * scale, picture.paint);
       return
           [this, source] { EXPECT_TRUE(Call<PictureRef>("ExtractColorRectangleMaskKRT", source)); };
     });
