@@ -1,6 +1,7 @@
 """A run: which mutants, one after the other or several at a time, and how it ends."""
 
 import concurrent.futures
+import fcntl
 import queue
 import random
 import re
@@ -58,6 +59,17 @@ def read_explanations(project):
 
 def run(project, options):
     """Tries what the options ask for; returns the exit status."""
+    project.work.mkdir(parents=True, exist_ok=True)
+    with open(project.work / "lock", "w") as lock:
+        try:
+            fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError:
+            print("script/mutate: another run is going on", file=sys.stderr)
+            return 2
+        return run_alone(project, options)
+
+
+def run_alone(project, options):
     everything, texts = all_mutants(project)
     chosen = choose(project, everything, options)
     if not chosen:

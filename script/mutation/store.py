@@ -19,7 +19,9 @@ class Store:
         self.file = project.work / "results.jsonl"
         self.rest = project.rest()
         self.lock = threading.Lock()
-        self.hashes = {}
+        # As they are now, before anything is tried.
+        names = {*project.sources(), *(where for where, _ in project.tests.values() if where)}
+        self.hashes = {name: hash_of((project.root / name).read_bytes()) for name in names}
         self.lines = {}
         if self.file.exists():
             for line in self.file.read_text().splitlines():
@@ -29,19 +31,13 @@ class Store:
                     continue
                 self.lines[entry["key"]] = entry
 
-    def hash_of_file(self, name):
-        if name not in self.hashes:
-            file = self.project.root / name
-            self.hashes[name] = hash_of(file.read_bytes()) if name and file.is_file() else ""
-        return self.hashes[name]
-
     def key(self, mutant):
-        return hash_of(mutant.file, self.hash_of_file(mutant.file), mutant.start, mutant.end, mutant.new)
+        return hash_of(mutant.file, self.hashes[mutant.file], mutant.start, mutant.end, mutant.new)
 
     def basis(self, outcome, killer):
         """What has to be the same for a verdict to be kept."""
         where = self.project.tests.get(killer, ("", ""))[0]
-        return self.hash_of_file(where) if outcome == KILLED and where else self.rest
+        return self.hashes[where] if outcome == KILLED and where else self.rest
 
     def get(self, mutant):
         entry = self.lines.get(self.key(mutant))
