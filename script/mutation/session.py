@@ -1,6 +1,7 @@
 """A run: which mutants, one after the other or several at a time, and how it ends."""
 
 import concurrent.futures
+import contextlib
 import fcntl
 import queue
 import random
@@ -57,19 +58,21 @@ def read_explanations(project):
     return report.explanations(file.read_text()) if file.exists() else {}
 
 
-def run(project, options):
-    """Tries what the options ask for; returns the exit status."""
-    project.work.mkdir(parents=True, exist_ok=True)
-    with open(project.work / "lock", "w") as lock:
+@contextlib.contextmanager
+def alone(work):
+    """Two runs would write into the same folders: the second one ends."""
+    work.mkdir(parents=True, exist_ok=True)
+    with open(work / "lock", "w") as lock:
         try:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError:
             print("script/mutate: another run is going on", file=sys.stderr)
-            return 2
-        return run_alone(project, options)
+            sys.exit(2)
+        yield
 
 
-def run_alone(project, options):
+def run(project, options):
+    """Tries what the options ask for; returns the exit status."""
     everything, texts = all_mutants(project)
     chosen = choose(project, everything, options)
     if not chosen:

@@ -32,6 +32,13 @@ TEST_F(RegistrationTest, AHostThatDoesNotTellItsVersionIsTreatedAsVersion0) {
   EXPECT_EQ(host.registry.Classes()[2].methods[4].flags, 0U);
 }
 
+TEST_F(RegistrationTest, TheStartNotesWhatThePlugInIsCalled) {
+  StartInternals();
+  EXPECT_STREQ(*internals->partName, "Picture");
+  EXPECT_STREQ(*internals->pluginName, "Picture");
+  EXPECT_TRUE(*internals->isPlugin);
+}
+
 TEST_F(RegistrationTest, WordsWithoutAMeaningAreZero) {
   StartInternals();
   const auto expectZero = [](const auto& words) {
