@@ -1,7 +1,10 @@
 """Compiles and links mutants, each from a copy of the sources: nothing is written where they lie."""
 
+import contextlib
+import os
 import pathlib
 import shutil
+import signal
 import subprocess
 
 from mutation.project import TREE
@@ -33,7 +36,7 @@ class Processes:
             try:
                 status = process.wait(timeout)
             except subprocess.TimeoutExpired:
-                process.kill()
+                end(process)
                 process.wait()
                 status = None
             finally:
@@ -45,7 +48,13 @@ class Processes:
     def stop(self):
         self.stopped = True
         for process in list(self.running):
-            process.kill()
+            end(process)
+
+
+def end(process):
+    """Ends a program and what it started."""
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(process.pid, signal.SIGKILL)
 
 
 class Build:

@@ -102,7 +102,7 @@ class Trial:
     def run_once(self, program, folder, tests):
         limits = self.limits.get(program, Limits(20, 60))
         if tests:
-            limits = Limits(min(limits.cpu, self.project.spare_seconds + limits.cpu // 4), limits.wall)
+            limits = Limits(min(limits.cpu, self.project.spare_seconds + limits.cpu // 8), limits.wall)
         log = folder / "tests.log"
         command = ["prlimit", f"--cpu={limits.cpu}", f"--as={2 * GIB}", f"--fsize={256 * MIB}", "--core=0",
                    program, f"--plugin={folder / self.project.libraries[0].name}", "--gtest_fail_fast",
