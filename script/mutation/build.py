@@ -31,7 +31,7 @@ class Processes:
             raise Stopped
         with open(log, "wb") as output:
             process = subprocess.Popen([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=output,
-                                       stderr=subprocess.STDOUT, start_new_session=True)  # fmt: skip
+                                       stderr=subprocess.STDOUT, process_group=0)  # fmt: skip
             self.running.add(process)
             try:
                 status = process.wait(timeout)

@@ -11,7 +11,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "script"))
 
-from mutation import session  # noqa: E402
+from mutation import runs  # noqa: E402
 from mutation.project import TREE, Library, Project, Step, Unit  # noqa: E402
 
 HEADER = "inline int Twice(int a) { return a * 2; }\n"
@@ -78,14 +78,14 @@ class Trying(unittest.TestCase):
         options = dict(place=None, changed=False, sample=None, seed=1, jobs=2, again=False, document=False)
         output = io.StringIO()
         with contextlib.redirect_stdout(output), contextlib.redirect_stderr(output):
-            status = session.run(self.project, argparse.Namespace(**{**options, **chosen}))
+            status = runs.run(self.project, argparse.Namespace(**{**options, **chosen}))
         return status, output.getvalue()
 
     def verdicts(self, **chosen):
         """What became of each mutant, by what is shown of it."""
         self.run_it(**chosen)
-        store = session.Store(self.project)
-        found, _ = session.all_mutants(self.project)
+        store = runs.Store(self.project)
+        found, _ = runs.all_mutants(self.project)
         return {mutant.name.split(": ", 1)[1]: store.get(mutant) for mutant in found}
 
     def explain(self, before, after):
