@@ -69,6 +69,27 @@ TEST_F(PictureSearch, AFailureInTheFirstRowMovesNothing) {
   EXPECT_EQ(Find({"AA.A.", ".AB..", ".CD.."}, {"AB", "CD"}), (Place{true, 1, 1}));
 }
 
+// A row of 30 equal pixels is all but the needle's row, whose last pixel stands where it should.
+// What comes after the pixel that differs begins anew: there are 30 equal pixels again, and not 31.
+TEST_F(PictureSearch, AfterAFailureInARepetitiveRowNothingIsTakenAsMatched) {
+  const std::string run(30, 'A');
+  EXPECT_EQ(Find({run + "CB" + run + "B"}, {run + "AB"}), kNowhere);
+  EXPECT_EQ(Find({run + "CB" + run + "AB"}, {run + "AB"}), (Place{true, 32, 0}));
+}
+
+TEST_F(PictureSearch, TheSameIsFoundWithoutMemory) {
+  const Internals* internals = LoadInternals(StartWithoutPlugin());
+  const std::string run(30, 'A');
+  const PictureRef needle = Draw({run + "AB"});
+  for (const bool there : {false, true}) {
+    const PictureRef haystack = Draw({run + "CB" + run + (there ? "AB" : "B")});
+    MemoryCallsOf(internals).FailNth(1);
+    EXPECT_EQ(Find(haystack, needle), there ? (Place{true, 32, 0}) : kNowhere);
+    EXPECT_GE(MemoryCallsOf(internals).made, 1);
+    MemoryCallsOf(internals).FailNth(0);
+  }
+}
+
 // From here on, candidates whose first row matches and whose second doesn't.
 
 // Column 0: row 1 of the haystack doesn't have the needle's second row. Column 1 goes on from

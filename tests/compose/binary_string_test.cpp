@@ -15,6 +15,18 @@ TEST_F(BinaryStringTest, OnePixelIs43BytesAsWorkedOut) {
   EXPECT_EQ(string->Bytes(), std::string(reinterpret_cast<const char*>(expected), 43));
 }
 
+// 40 + 3 * 2400 * 2400 is 0x0107AC28.
+TEST_F(BinaryStringTest, TheSizeTakesFourBytes) {
+  const StringRef string = Write(Plain(2400, 2400, {1, 2, 3}));
+  ASSERT_TRUE(string);
+  EXPECT_EQ(string->Bytes().size(), 0x0107AC28U);
+  EXPECT_EQ(string->Bytes().substr(4, 4), "\x01\x07\xAC\x28");
+  const Result back = Read(string);
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->Width(), 2400);
+  EXPECT_EQ(back->Height(), 2400);
+}
+
 TEST_F(BinaryStringTest, EveryLayoutIsWrittenByTheTable) {
   for (const LayoutPair& pair : support::AllSourceLayouts()) {
     SCOPED_TRACE(pair.name);

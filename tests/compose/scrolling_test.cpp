@@ -31,6 +31,17 @@ TEST_F(ScrollingTest, ADeltaOfZeroTouchesNeitherPictureNorMask) {
   EXPECT_EQ(Bytes(mask), maskBefore);
 }
 
+TEST_F(ScrollingTest, ADeltaOfZeroAsksNothingOfTheHost) {
+  const PictureRef picture = Noise(5, 4);
+  const int64_t calls = Host().faults.AllCalls();
+  for (const bool wrap : {false, true}) {
+    EXPECT_TRUE(Down(picture, 0, wrap));
+    EXPECT_TRUE(Right(picture, 0, wrap));
+    EXPECT_TRUE(Both(picture, 0, 0, wrap));
+  }
+  EXPECT_EQ(Host().faults.AllCalls(), calls);
+}
+
 TEST_F(ScrollingTest, NilIsFalseVerticallyAndTrueHorizontally) {
   for (const bool wrap : {false, true}) {
     EXPECT_FALSE(Down(nullptr, 3, wrap, true));

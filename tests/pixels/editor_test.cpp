@@ -11,6 +11,27 @@ namespace {
   if (support::LockMannerOfTests() == host::LockManner::kCopied) \
   GTEST_SKIP() << "a copy lies elsewhere"
 
+TEST_F(EditorTest, AnEditorThatOpenedNothingHoldsNothing) {
+  StartDesktop();
+  const Reader reader = MakeReader();
+  EXPECT_EQ(reader->picture, nullptr);
+  EXPECT_EQ(reader->lockedPixels, nullptr);
+  EXPECT_EQ(reader->buffer, nullptr);
+  EXPECT_EQ(reader->rowTable, nullptr);
+  EXPECT_EQ(reader->basePointer, nullptr);
+  EXPECT_EQ(reader->rowPointer, nullptr);
+  for (const int32_t number :
+       {reader->rowBytes, reader->width, reader->height, reader->bytesPerPixel, reader->format,
+        reader->cursorX, reader->cursorY}) {
+    EXPECT_EQ(number, 0);
+  }
+  EXPECT_FALSE(reader->hasAlpha);
+  EXPECT_FALSE(reader->alphaContext);
+  EXPECT_FALSE(reader->rasterizeIfNeeded);
+  EXPECT_FALSE(reader->modifies);
+  EXPECT_FALSE(reader->descriptionLocked);
+}
+
 TEST_F(EditorTest, NilIsRefusedAndTheEditorStaysClosed) {
   StartDesktop();
   Reader reader = MakeReader();

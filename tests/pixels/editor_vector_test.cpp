@@ -1,10 +1,17 @@
 // Vector pictures, which are drawn into a bitmap, and hosts that lack what this takes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "tests/pixels/editor_fixture.h"
 
 namespace editor {
 namespace {
+
+REALresolver gHostResolver = nullptr;  // of a host whose answers a test changes or notes
 
 TEST_F(EditorTest, AVectorPictureIsDrawnIntoABitmap) {
   host::Host& host = StartDesktop();
@@ -39,6 +46,28 @@ TEST_F(EditorTest, AVectorPictureWithoutSizeIsRefused) {
   EXPECT_FALSE(Opens(vector));
 }
 
+// A host that tells a width or a height of 0 for a picture that it can't lock.
+std::string_view gZeroProperty;
+uint8_t TellSize(REALobject, const char* property, int32_t* value) {
+  *value = property == gZeroProperty ? 0 : 4;
+  return 1;
+}
+
+TEST_F(EditorTest, NoBitmapIsAskedForWithoutWidthOrHeight) {
+  for (const std::string_view property : {"Width", "Height", ""}) {
+    SCOPED_TRACE(property);
+    gZeroProperty = property;
+    host::Host& host = StartDesktop();
+    gHostResolver = *internals->resolver;
+    *internals->resolver = [](const char* name) {
+      return std::string_view(name) == "REALGetPropValueInt" ? reinterpret_cast<void*>(TellSize)
+                                                             : gHostResolver(name);
+    };
+    EXPECT_EQ(Opens(MakeVector(4, 4)), property.empty());
+    EXPECT_EQ(host.faults.Calls("newPicture"), property.empty() ? 1 : 0);
+  }
+}
+
 TEST_F(EditorTest, ACopyThatRefusesTheLockIsNotCopiedAgain) {
   host::Host& host = StartDesktop();
   host.settings.opaqueLayout.locking = host::Locking::kRefused;
@@ -65,6 +94,25 @@ TEST_F(EditorTest, WithoutTheDrawingMethodRowsAreCopied) {
       EXPECT_EQ(picture->DescriptionLocks(), 0);
       EXPECT_GE(host.faults.Calls("REALPictureClearCache"), 1);
     }
+  }
+}
+
+std::vector<std::string> gAskedFor;  // names that the resolver was given
+
+TEST_F(EditorTest, OldHostsAreAskedForTheDrawingFunctionBeforeRowsAreCopied) {
+  for (const double version : {2011.99, 2012.0}) {
+    SCOPED_TRACE(version);
+    host::Host& host = StartConsole(version, {kDrawPicture, "pluginObjectType"});
+    gAskedFor.clear();
+    gHostResolver = *internals->resolver;
+    *internals->resolver = [](const char* name) {
+      gAskedFor.emplace_back(name);
+      return gHostResolver(name);
+    };
+    EXPECT_TRUE(Opens(host.NewPicture(4, 3)));
+    const auto asked = std::count(gAskedFor.begin(), gAskedFor.end(), "RuntimeGraphicsDrawPicture");
+    EXPECT_EQ(asked, version < 2012 ? 1 : 0);
+    EXPECT_EQ(host.faults.Calls("RuntimeGraphicsDrawPicture"), 0) << "asked for, never called";
   }
 }
 

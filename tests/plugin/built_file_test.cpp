@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "places.h"
+#include "tests/support/fixture.h"
 
 #ifndef PICTURE_SANITIZED
 
@@ -26,6 +27,13 @@ std::vector<std::string> LinesOf(const std::string& command) {
   return lines;
 }
 
+// The file, quoted for the shell; a bundle beside the tests isn't looked at here.
+std::string Plugin() {
+  const std::string path =
+      support::PluginIsBundle() ? PICTURE_PLUGIN : support::PluginPath().string();
+  return "'" + path + "'";
+}
+
 std::vector<std::string> LinesWith(const std::vector<std::string>& lines, const std::string& text) {
   std::vector<std::string> found;
   for (const std::string& line : lines) {
@@ -34,16 +42,14 @@ std::vector<std::string> LinesWith(const std::vector<std::string>& lines, const 
   return found;
 }
 
-const std::string kPlugin = PICTURE_PLUGIN;
-
 TEST(BuiltFile, ExportsTheEntryPointAlone) {
-  const std::vector<std::string> symbols = LinesOf("nm -D --defined-only '" + kPlugin + "'");
+  const std::vector<std::string> symbols = LinesOf("nm -D --defined-only " + Plugin());
   ASSERT_EQ(symbols.size(), 1U);
   EXPECT_NE(symbols[0].find(" T REALPluginMain"), std::string::npos) << symbols[0];
 }
 
 TEST(BuiltFile, NeedsTheCLibraryAlone) {
-  const std::vector<std::string> dynamic = LinesOf("readelf -dW '" + kPlugin + "'");
+  const std::vector<std::string> dynamic = LinesOf("readelf -dW " + Plugin());
   const std::vector<std::string> needed = LinesWith(dynamic, "(NEEDED)");
   ASSERT_EQ(needed.size(), 1U);
   EXPECT_NE(needed[0].find("[libc.so.6]"), std::string::npos) << needed[0];
@@ -53,7 +59,7 @@ TEST(BuiltFile, NeedsTheCLibraryAlone) {
 TEST(BuiltFile, TakesFromTheCLibraryOnlyMemoryAndStrings) {
   const std::vector<std::string> permitted = {"malloc",  "calloc", "free",   "memcpy",
                                               "memmove", "memset", "memcmp", "strlen"};
-  const std::vector<std::string> symbols = LinesOf("nm -D --undefined-only '" + kPlugin + "'");
+  const std::vector<std::string> symbols = LinesOf("nm -D --undefined-only " + Plugin());
   ASSERT_FALSE(symbols.empty());
   for (const std::string& line : symbols) {
     std::istringstream words(line);
@@ -66,7 +72,7 @@ TEST(BuiltFile, TakesFromTheCLibraryOnlyMemoryAndStrings) {
 }
 
 TEST(BuiltFile, RunsNothingWhenItIsLoadedOrUnloaded) {
-  const std::vector<std::string> sections = LinesOf("readelf -SW '" + kPlugin + "'");
+  const std::vector<std::string> sections = LinesOf("readelf -SW " + Plugin());
   ASSERT_FALSE(LinesWith(sections, ".text").empty());
   for (const char* name : {".init_array", ".fini_array", ".ctors", ".dtors", ".preinit_array"}) {
     EXPECT_TRUE(LinesWith(sections, name).empty()) << name;
@@ -74,7 +80,7 @@ TEST(BuiltFile, RunsNothingWhenItIsLoadedOrUnloaded) {
 }
 
 TEST(BuiltFile, HasNoRunTimeTypeInformationAndNoUnwinding) {
-  const std::vector<std::string> symbols = LinesOf("nm -C '" + kPlugin + "'");
+  const std::vector<std::string> symbols = LinesOf("nm -C " + Plugin());
   ASSERT_FALSE(symbols.empty()) << "the symbols of the release are needed here";
   for (const char* name :
        {"typeinfo", "__cxa_", "__gxx_personality", "operator new", "guard variable"}) {

@@ -111,6 +111,35 @@ TEST_F(RegistrationTest, FixClassKeepsWhatTheShortRowsHold) {
   free(shortDefinition);
 }
 
+TEST_F(RegistrationTest, FixClassKeepsMethodsAndSharedProperties) {
+  StartInternals();
+  REALproperty shared[2] = {{0, "S", "Integer", 2, nullptr, nullptr, 3, {}},
+                            {0, "T", "Double", 4, nullptr, nullptr, 5, {}}};
+  REALmethodDefinition methods[3] = {{nullptr, nullptr, "M", 6, {}},
+                                     {nullptr, nullptr, "N", 7, {}},
+                                     {nullptr, nullptr, "O", 8, {}}};
+  REALclassDefinition definition{};
+  definition.sharedProperties = shared;
+  definition.sharedPropertyCount = 2;
+  definition.methods = methods;
+  definition.methodCount = 3;
+  REALshortClassDefinition* shortDefinition = internals->fixClass(&definition);
+  ASSERT_NE(shortDefinition, nullptr);
+  ASSERT_EQ(shortDefinition->sharedPropertyCount, 2);
+  EXPECT_STREQ(shortDefinition->sharedProperties[0].name, "S");
+  EXPECT_STREQ(shortDefinition->sharedProperties[1].name, "T");
+  EXPECT_EQ(shortDefinition->sharedProperties[1].parameter, 5U);
+  ASSERT_EQ(shortDefinition->methodCount, 3);
+  EXPECT_STREQ(shortDefinition->methods[2].declaration, "O");
+  EXPECT_EQ(shortDefinition->properties, nullptr);
+  EXPECT_EQ(shortDefinition->propertyCount, 0);
+  EXPECT_EQ(shortDefinition->sharedMethods, nullptr);
+  EXPECT_EQ(shortDefinition->sharedMethodCount, 0);
+  free(shortDefinition->sharedProperties);
+  free(shortDefinition->methods);
+  free(shortDefinition);
+}
+
 TEST_F(RegistrationTest, FixPropertiesOfNothingIsNull) {
   StartInternals();
   REALproperty property{};

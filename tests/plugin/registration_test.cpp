@@ -32,6 +32,34 @@ TEST_F(RegistrationTest, AHostThatDoesNotTellItsVersionIsTreatedAsVersion0) {
   EXPECT_EQ(host.registry.Classes()[2].methods[4].flags, 0U);
 }
 
+TEST_F(RegistrationTest, TheStartNotesWhatThePlugInIsCalled) {
+  StartInternals();
+  EXPECT_STREQ(*internals->partName, "Picture");
+  EXPECT_STREQ(*internals->pluginName, "Picture");
+  EXPECT_TRUE(*internals->isPlugin);
+}
+
+TEST_F(RegistrationTest, WordsWithoutAMeaningAreZero) {
+  StartInternals();
+  const auto expectZero = [](const auto& words) {
+    for (const uintptr_t word : words) EXPECT_EQ(word, 0U);
+  };
+  for (const REALclassDefinition* definition :
+       {internals->pictureExtension, internals->sepiaClass, internals->lutClass}) {
+    SCOPED_TRACE(definition->name);
+    expectZero(definition->unusedLists);
+    expectZero(definition->unusedWords);
+    for (int32_t i = 0; i < definition->propertyCount; ++i) {
+      EXPECT_EQ(definition->properties[i].unusedBefore, 0U) << definition->properties[i].name;
+      expectZero(definition->properties[i].unusedAfter);
+    }
+    for (int32_t i = 0; i < definition->methodCount; ++i) {
+      expectZero(definition->methods[i].unused);
+    }
+  }
+  for (int32_t i = 0; i < 6; ++i) expectZero(internals->globalMethods[i].unused);
+}
+
 TEST_F(RegistrationTest, AMissingRegistrationEntryIsSkipped) {
   const host::Host& noClasses = StartInternals({}, {"PluginRegisterClass"});
   ASSERT_EQ(noClasses.registry.Classes().size(), 1U);

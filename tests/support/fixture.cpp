@@ -59,6 +59,11 @@ void SetLoadAddress(uintptr_t address) { LoadAddressSetting() = address; }
 bool PluginIsBundle() { return PluginPath().extension() == ".bundle"; }
 
 namespace {
+// PictureInternals lies beside the plug-in.
+std::filesystem::path InternalsPath() {
+  return PluginPath().replace_filename("PictureInternals" + PluginPath().extension().string());
+}
+
 std::unique_ptr<MachoBundle>& LastBundle() {
   static std::unique_ptr<MachoBundle> bundle;
   return bundle;
@@ -89,12 +94,12 @@ MachoBundle& LoadedBundle() { return *LastBundle(); }
 const Internals* LoadInternals(host::Host& host) {
   using Table = const Internals* (*)();
   if (PluginIsBundle()) {
-    const std::filesystem::path path = PluginPath().replace_filename("PictureInternals.bundle");
-    auto table = reinterpret_cast<Table>(LoadBundle(host, path).Find("_PictureInternals"));
+    auto table =
+        reinterpret_cast<Table>(LoadBundle(host, InternalsPath()).Find("_PictureInternals"));
     return InternalsOfBundle(table());
   }
-  host.LoadPlugin(PICTURE_INTERNALS);
-  void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_NOLOAD);
+  host.LoadPlugin(InternalsPath());
+  void* library = dlopen(InternalsPath().c_str(), RTLD_NOW | RTLD_NOLOAD);
   auto table = reinterpret_cast<Table>(dlsym(library, "PictureInternals"));
   dlclose(library);
   return table();
@@ -112,10 +117,10 @@ int64_t LoadInternalsWithoutMemory(host::Host& host, int64_t failing) {
     return std::exchange(MemoryCallsOfBundles(), {}).made;
   }
   // Opened once before the host does, so that it starts with the fault in place.
-  void* library = dlopen(PICTURE_INTERNALS, RTLD_NOW | RTLD_LOCAL);
+  void* library = dlopen(InternalsPath().c_str(), RTLD_NOW | RTLD_LOCAL);
   MemoryCalls& memory = *reinterpret_cast<Table>(dlsym(library, "PictureInternals"))()->memory;
   memory.FailNth(failing);
-  host.LoadPlugin(PICTURE_INTERNALS);
+  host.LoadPlugin(InternalsPath());
   dlclose(library);
   return std::exchange(memory, {}).made;
 }

@@ -13,6 +13,10 @@
 #include "plugin/tables.h"
 #include "render/wu_line.h"
 
+extern const char* gpartname;
+extern const char* gpluginname;
+extern bool gplugin;
+
 // There is no operator new here either: editors are built in memory from malloc.
 inline void* operator new(size_t, void* place) noexcept { return place; }
 
@@ -138,6 +142,9 @@ const support::Internals kInternals = {
     kMemoryCalls,
     REALLockString,
     REALUnlockString,
+    &gpartname,
+    &gpluginname,
+    &gplugin,
 };
 
 }  // namespace

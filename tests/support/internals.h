@@ -58,6 +58,11 @@ struct Internals {
   // No operation takes references to strings; the wrapper is there for those to come.
   void (*lockString)(REALstring);
   void (*unlockString)(REALstring);
+
+  // What the plug-in calls itself, for whoever looks into a process.
+  const char** partName;
+  const char** pluginName;
+  bool* isPlugin;
 };
 
 }  // namespace support

@@ -167,6 +167,17 @@ TEST_F(Invert, ARectangleIsCutOffAtTheEdges) {
                            inside(0, 4)));
 }
 
+// As many columns are left out on the left as on the right.
+TEST_F(Invert, ARectangleInTheMiddleIsNotWholeRows) {
+  Start();
+  Random random(313);
+  const PictureRef picture = Greys({13, 6}, {}, random);
+  for (const Method& method : {kInvert, kInvertGray}) {
+    ExpectRectangle(method, {4, 1, 5, 3}, picture);
+    ExpectRectangle(method, {6, 0, 1, 6}, picture);
+  }
+}
+
 TEST_F(Invert, ARectangleBesideThePictureWritesNothing) {
   Start();
   const PictureRef picture = Host().NewPicture(12, 12);
