@@ -160,7 +160,6 @@ bool PictureEditor::OpenRowTable(REALpicture pic) {
   }
 
   if (!Hold(pic)) return false;
-  alphaContext = false;
   format = 8;
   width = description.width;
   height = description.height;
