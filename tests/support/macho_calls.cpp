@@ -26,7 +26,7 @@ Function* As(void* address) {
   return reinterpret_cast<Function*>(address);
 }
 template <class Function>
-void* Address(Function* function) {
+void* CallAddress(Function* function) {
   return reinterpret_cast<void*>(function);
 }
 
@@ -45,7 +45,7 @@ void* Through(const Bridge& bridge, void* target) {
 
 // From the bundle to the host.
 
-REALresolver gHostResolver;
+REALresolver gResolverOfHost;
 
 // Functions of up to four words, none of them a double, whose result is narrower than 32 bits.
 template <int place, class Result, class Extended>
@@ -58,7 +58,7 @@ struct ExtendsResult {
 template <int place>
 Bridge ExtendsBoolean(std::string_view name) {
   using Entry = ExtendsResult<place, uint8_t, uint32_t>;
-  return {name, false, Address(Entry::Enter), &Entry::target};
+  return {name, false, CallAddress(Entry::Enter), &Entry::target};
 }
 
 // Its last two arguments are on the stack, in the eight bytes that Linux gives to one.
@@ -78,7 +78,7 @@ void* LoadObjectMethod(REALobject object, const char* declaration) {
     return method;
   }
   gDrawPicture = method;
-  return Address(DrawPicture);
+  return CallAddress(DrawPicture);
 }
 
 const Bridge kHostFunctions[] = {
@@ -91,13 +91,13 @@ const Bridge kHostFunctions[] = {
     ExtendsBoolean<6>("REALSetPropValueUInt32"),
     ExtendsBoolean<7>("PluginGetStringData"),
     ExtendsBoolean<8>("CFBundleLoadExecutable"),
-    {"FSFindFolder", false, Address(ExtendsResult<9, int16_t, int32_t>::Enter),
+    {"FSFindFolder", false, CallAddress(ExtendsResult<9, int16_t, int32_t>::Enter),
      &ExtendsResult<9, int16_t, int32_t>::target},
-    {"REALLoadObjectMethod", false, Address(LoadObjectMethod), &gLoadObjectMethod},
+    {"REALLoadObjectMethod", false, CallAddress(LoadObjectMethod), &gLoadObjectMethod},
 };
 
 void* Resolve(const char* name) {
-  void* found = gHostResolver(name);
+  void* found = gResolverOfHost(name);
   if (found == nullptr) return nullptr;
   for (const Bridge& bridge : kHostFunctions) {
     if (bridge.name == name) return Through(bridge, found);
@@ -127,7 +127,7 @@ struct ExtendsArguments {
 template <int place, class R, class... A>
 Bridge Extends(std::string_view name, R (*)(A...), bool assigns = false) {
   using Entry = ExtendsArguments<place, R, A...>;
-  return {name, assigns, Address(Entry::Enter), &Entry::target};
+  return {name, assigns, CallAddress(Entry::Enter), &Entry::target};
 }
 
 // Its last three arguments are on the stack: two words side by side, then the boolean.
@@ -153,7 +153,7 @@ const Bridge kMethods[] = {
     Extends<2>("ScrollKRT", ScrollBothWays()),
     Extends<3>("EmbeddedMaskKRT", GetMask()),
     Extends<4>("EmbeddedMaskKRT", SetMask(), true),
-    {"RenderSamplesKRT", false, Address(RenderSamples), &gRenderSamples},
+    {"RenderSamplesKRT", false, CallAddress(RenderSamples), &gRenderSamples},
 };
 
 // Whether an argument is narrower than 32 bits, or one may be on the stack.
@@ -189,7 +189,7 @@ const Internals* gInternals;
 }  // namespace
 
 REALresolver ResolverForBundle(REALresolver resolver) {
-  gHostResolver = resolver;
+  gResolverOfHost = resolver;
   return Resolve;
 }
 
