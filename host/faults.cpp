@@ -67,9 +67,9 @@ int64_t FaultInjector::Calls(std::string_view entry) const {
 }
 
 bool FaultInjector::Enter(const char* entry) {
-  auto found = plans.find(std::string_view(entry));
-  if (found == plans.end()) found = plans.emplace(entry, Plan{}).first;
-  Plan& plan = found->second;
+  Plan*& known = planOf[entry];
+  if (known == nullptr) known = &plans[entry];
+  Plan& plan = *known;
   ++plan.calls;
   ++allCalls;
   if (recording) record.push_back(entry);

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace host {
@@ -16,6 +17,10 @@ namespace host {
 // throw Error.
 class FaultInjector {
  public:
+  FaultInjector() = default;
+  FaultInjector(const FaultInjector&) = delete;
+  FaultInjector& operator=(const FaultInjector&) = delete;
+
   // Every entry, in the order of the host's table.
   static std::vector<std::string> AllEntries();
 
@@ -53,6 +58,7 @@ class FaultInjector {
   Plan& PlanFor(std::string_view entry);
 
   std::map<std::string, Plan, std::less<>> plans;
+  std::unordered_map<const char*, Plan*> planOf;  // by the address of an entry's name
   std::set<std::string, std::less<>> hidden;
   std::set<int64_t> failingOfAll;
   int64_t allCalls = 0;

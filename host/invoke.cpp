@@ -105,6 +105,7 @@ Outcome BoundCall::Invoke(const Invoker& invoker) const {
   std::vector<Word> words;
   std::vector<Slot> variables(parameters.size());  // what byref parameters point at
   std::vector<Slot> slots;
+  words.reserve(parameters.size() + 1);
   slots.reserve(parameters.size() + 1);
   if (hasSelf) {
     words.push_back(Word::kPointer);

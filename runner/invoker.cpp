@@ -36,6 +36,7 @@ ffi_type* TypeOf(Word word) {
 void InvokeByFfi(void* function, Word result, std::span<const Word> words, void** arguments,
                  void* resultStorage) {
   std::vector<ffi_type*> types;
+  types.reserve(words.size());
   for (const Word word : words) types.push_back(TypeOf(word));
   ffi_cif cif;
   if (ffi_prep_cif(&cif, FFI_DEFAULT_ABI, static_cast<unsigned>(types.size()), TypeOf(result),

@@ -1,5 +1,7 @@
 #include "host/runtime/entries.h"
 
+#include <map>
+#include <string>
 #include <vector>
 
 #include "host/declaration.h"
@@ -96,6 +98,29 @@ std::vector<Entry> MakeEntries() {
   };
 }
 
+// An entry that goes by a declaration, which is read once.
+struct Method {
+  const Entry& entry;
+  Declaration declaration;
+};
+
+std::vector<Method> ReadMethods() {
+  std::vector<Method> methods;
+  for (const Entry& entry : Entries()) {
+    if (entry.declaration == nullptr) continue;
+    methods.push_back({entry, ParseDeclaration(entry.declaration)});
+  }
+  return methods;
+}
+
+// Plug-ins ask for the same few declarations again and again.
+const Declaration& ReadOnce(std::string_view text) {
+  static std::map<std::string, Declaration, std::less<>> known;
+  const auto found = known.find(text);
+  if (found != known.end()) return found->second;
+  return known.emplace(text, ParseDeclaration(text)).first->second;
+}
+
 bool Hidden(const Entry& entry) {
   const HostState* state = CurrentState();
   return state != nullptr && state->host.faults.Hidden(entry.name);
@@ -125,10 +150,11 @@ void* FindEntry(Origin origin, std::string_view name) {
 }
 
 void* FindMethod(Origin origin, std::string_view declaration) {
-  const Declaration wanted = ParseDeclaration(declaration);
-  for (const Entry& entry : Entries()) {
-    if (entry.origin == origin && SameSignature(ParseDeclaration(entry.declaration), wanted)) {
-      return Hidden(entry) ? nullptr : entry.address;
+  static const std::vector<Method> methods = ReadMethods();
+  const Declaration& wanted = ReadOnce(declaration);
+  for (const Method& method : methods) {
+    if (method.entry.origin == origin && SameSignature(method.declaration, wanted)) {
+      return Hidden(method.entry) ? nullptr : method.entry.address;
     }
   }
   return nullptr;

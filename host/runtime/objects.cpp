@@ -15,7 +15,13 @@ Objects::~Objects() {
     object->Dispose();
     abandoned->push_back(object);
   }
+  ForgetEnded();
+}
+
+void Objects::ForgetEnded() {
   for (Object* object : ended) delete object;
+  ended.clear();
+  endedNames.clear();
 }
 
 void Objects::Enter(Object* object) {

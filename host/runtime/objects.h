@@ -36,6 +36,9 @@ class Objects {
   // Ends the object with its last reference, its destructor first.
   void Release(Object* object);
 
+  // Returns the memory of ended objects now. A late use of a handle is then one of no object's.
+  void ForgetEnded();
+
   // By serial number.
   const std::map<uint64_t, Object*>& Live() const { return bySerial; }
 

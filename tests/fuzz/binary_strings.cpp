@@ -3,7 +3,7 @@
 // must read back the same.
 #include "host/host.h"
 #include "tests/fuzz/choices.h"
-#include "tests/fuzz/fresh_host.h"
+#include "tests/fuzz/input_host.h"
 #include "tests/fuzz/target.h"
 
 namespace fuzz {
@@ -60,7 +60,7 @@ void CheckRead(const PictureRef& picture, std::string_view string) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace fuzz;
   Choices choices(data, size);
-  const FreshHost host(ReadSettings(choices));
+  const InputHost host(ReadSettings(choices));
   const std::string_view string = choices.Rest();
   const host::Callable& read = host->GlobalMethod("BinaryStringtoPictureKRT");
   const host::Callable& write = host->GlobalMethod("PicturetoBinaryStringKRT");

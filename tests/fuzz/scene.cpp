@@ -1,8 +1,9 @@
 #include "tests/fuzz/scene.h"
 
-#include <set>
+#include <algorithm>
 
-#include "host/error.h"
+#include "host/runtime/picture_state.h"
+#include "host/runtime/platform_objects.h"
 
 namespace fuzz {
 namespace {
@@ -43,6 +44,20 @@ bool LeavesLock(const PictureLayout& layout) {
          (layout.alphaInfo < 1 || layout.alphaInfo > last);
 }
 
+// All bytes of a picture from its lowest row to its highest, with what pads the rows. None of a
+// picture that has no bytes.
+std::span<const uint8_t> BytesOf(const host::Picture* picture) {
+  if (picture == nullptr || picture->Row(0) == nullptr) return {};
+  const uint8_t* lowest = std::min(picture->Row(0), picture->Row(picture->Height() - 1));
+  return {lowest, picture->RowBytes() * static_cast<size_t>(picture->Height())};
+}
+
+// A bundle whose code is loaded; the plug-in keeps it for the life of the process.
+bool StaysForEver(const host::Object& object) {
+  return object.GetKind() == host::Kind::kPlatform &&
+         static_cast<const host::runtime::PlatformObject&>(object).loaded;
+}
+
 // Bytes that are the same for the same seed.
 class Noise {
  public:
@@ -62,28 +77,39 @@ host::Settings ReadSettings(Choices& choices) {
   host::Settings settings;
   settings.application = static_cast<host::Application>(choices.Below(3));
   settings.version = kVersions[choices.Below(8)];
-  settings.freshColour = choices.OneIn(2) ? 0xFFFFFF : 0x102030;
+  const uint32_t manner = choices.Byte();
+  settings.freshColour = manner % 2 == 1 ? 0xFFFFFF : 0x102030;
+  if (manner >= 192) settings.lockManner = static_cast<host::LockManner>(1 + manner / 2 % 3);
   const uint32_t shape = choices.Byte();
   const auto padding = static_cast<int32_t>(shape / 12 % 5 * 3);
   settings.opaqueLayout = PictureLayout::BitmapContext(1 + shape % 6, padding);
   settings.alphaLayout = PictureLayout::WithAlpha(1 + shape % 2, padding);
   settings.consoleLayout = PictureLayout::RowTable(padding);
   settings.consoleLayout.contiguousRows = shape % 2 == 0;
-  settings.maximumPixelBytes = 1 << 22;
+  settings.maximumPixelBytes = 1 << 18;
   return settings;
 }
 
 Scene::Scene(host::Host& livingHost, Choices& choices) : host(livingHost) {
   const uint32_t count = 1 + choices.Below(4);
   while (pictures.size() < count) pictures.push_back(ReadPicture(choices));
+  remembered.resize(pictures.size() * 2);
+  for (const PictureRef& picture : pictures) {
+    Remember(picture.Get());
+    for (const PictureRef& each : {picture, picture->Mask()}) {
+      if (each && LeavesLock(each->Layout())) lockLeft.push_back(each->Serial());
+    }
+  }
 }
 
 PictureRef Scene::ReadPicture(Choices& choices) {
-  const uint32_t shape = choices.Below(16);
+  const uint32_t size = choices.Byte();
+  const uint32_t shape = size % 16;
   int32_t width = 1 + static_cast<int32_t>(choices.Below(48));
-  int32_t height = 1 + static_cast<int32_t>(choices.Below(24));
-  if (shape == 15) width *= 20;
-  if (shape == 14) height *= 20;
+  int32_t height = 1 + static_cast<int32_t>(choices.Below(8));
+  // Some are wider than a strip of a row, or larger than what is walked together.
+  if (shape == 15) width *= size == 255 ? 20 : 4;
+  if (shape == 14) height *= size == 254 ? 60 : 12;
   // Most operations on more than one picture want them equal in size.
   if (shape < 8 && !pictures.empty()) {
     width = pictures.front()->Width();
@@ -167,38 +193,56 @@ host::Value Scene::ArgumentFor(const host::Parameter& parameter, Choices& choice
   }
 }
 
-std::vector<std::vector<uint8_t>> Scene::Contents(const host::Picture* changing) const {
-  std::vector<std::vector<uint8_t>> contents;
-  const auto add = [&](const PictureRef& picture) {
-    std::vector<uint8_t>& bytes = contents.emplace_back();
-    if (!picture || picture.Get() == changing ||
-        picture->Layout().storage == host::Storage::kVector)
-      return;
-    for (int32_t y = 0; y < picture->Height(); ++y) {
-      const std::span<uint8_t> padding = picture->Padding(y);
-      bytes.insert(bytes.end(), picture->Row(y), padding.data() + padding.size());
+void Scene::Remember(const host::Picture* changed) {
+  for (size_t i = 0; i < pictures.size(); ++i) {
+    if (pictures[i].Get() != changed) continue;
+    for (size_t part = 0; part < 2; ++part) {
+      const std::span<const uint8_t> bytes = BytesOf(Part(i, part).Get());
+      remembered[i * 2 + part].assign(bytes.begin(), bytes.end());
     }
-  };
-  for (const PictureRef& picture : pictures) {
-    add(picture);
-    // A mask belongs to its picture.
-    add(picture.Get() == changing ? nullptr : picture->Mask());
   }
-  return contents;
 }
 
-std::string Scene::Holdings() const {
-  std::set<uint64_t> lockLeft;
-  for (const PictureRef& picture : pictures) {
-    for (const PictureRef& each : {picture, picture->Mask()}) {
-      if (each && LeavesLock(each->Layout())) lockLeft.insert(each->Serial());
+bool Scene::IsAsRemembered(const host::Picture* changing) const {
+  for (size_t i = 0; i < pictures.size(); ++i) {
+    if (pictures[i].Get() == changing) continue;
+    for (size_t part = 0; part < 2; ++part) {
+      const std::span<const uint8_t> bytes = BytesOf(Part(i, part).Get());
+      const std::vector<uint8_t>& before = remembered[i * 2 + part];
+      if (!std::equal(bytes.begin(), bytes.end(), before.begin(), before.end())) return false;
     }
   }
+  return true;
+}
+
+PictureRef Scene::Part(size_t index, size_t part) const {
+  return part == 0 ? pictures[index] : pictures[index]->Mask();
+}
+
+Holdings Scene::HeldByHost() const {
+  const host::runtime::HostState& state = host.State();
+  Holdings holdings;
+  holdings.reserve(state.objects.Live().size() + state.stringData.size());
+  for (const auto& [serial, object] : state.objects.Live()) {
+    if (StaysForEver(*object)) continue;
+    Held& held = holdings.emplace_back(Held{serial, object->References(), 0, 0});
+    if (object->GetKind() != host::Kind::kPicture) continue;
+    const host::runtime::PictureState& picture = static_cast<const host::Picture*>(object)->State();
+    const bool mayStayLocked =
+        std::find(lockLeft.begin(), lockLeft.end(), serial) != lockLeft.end();
+    held.descriptionLocks = mayStayLocked ? 0 : picture.descriptionLocks;
+    held.pixelLocks = picture.pixelLocks;
+  }
+  for (const auto& [data, record] : state.stringData) holdings.push_back({record.serial, 1, 0, 0});
+  return holdings;
+}
+
+std::string TextOf(const Holdings& holdings) {
   std::string text;
-  for (const auto& [serial, holding] : host.census.Take().holdings) {
-    const int64_t locks = lockLeft.contains(serial) ? 0 : holding.descriptionLocks;
-    text += holding.what + ": " + std::to_string(holding.references) + " references, " +
-            std::to_string(locks) + " and " + std::to_string(holding.pixelLocks) + " locks\n";
+  for (const Held& held : holdings) {
+    text += "#" + std::to_string(held.serial) + ": " + std::to_string(held.references) +
+            " references, " + std::to_string(held.descriptionLocks) + " and " +
+            std::to_string(held.pixelLocks) + " locks\n";
   }
   return text;
 }

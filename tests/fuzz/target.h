@@ -13,10 +13,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace fuzz {
 
-inline void Require(bool holds, const std::string& otherwise) {
-  if (holds) return;
-  std::fprintf(stderr, "fuzz: %s\n", otherwise.c_str());
+[[noreturn]] inline void Fail(const std::string& why) {
+  std::fprintf(stderr, "fuzz: %s\n", why.c_str());
   std::abort();
+}
+
+inline void Require(bool holds, const char* otherwise) {
+  if (!holds) Fail(otherwise);
+}
+// `otherwise` is made for each call, so this is for what isn't called often.
+inline void Require(bool holds, const std::string& otherwise) {
+  if (!holds) Fail(otherwise);
 }
 
 inline std::string_view TextOf(const uint8_t* data, size_t size) {

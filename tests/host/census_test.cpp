@@ -1,5 +1,6 @@
 // The census sees what isn't returned and what is done wrong, and nothing crashes on it.
 
+#include "host/runtime/host_state.h"
 #include "tests/host/host_test.h"
 
 namespace host {
@@ -54,6 +55,17 @@ TEST_F(CensusTest, UseAfterTheEndIsAnError) {
   Find<void(REALpicture)>("unlockPictureDescription")(picture);
   EXPECT_EQ(TakeErrors(),
             "unlockPictureDescription: Picture #2 (3 x 2, bitmap context) has ended\n");
+}
+
+TEST_F(CensusTest, WhatIsForgottenWasNoObject) {
+  const Ref<Picture> lives = host.NewPicture(1, 1);
+  const REALpicture picture = host.NewPicture(3, 2).Handle();  // ends with its Ref
+  host.State().objects.ForgetEnded();
+  Lock(picture);
+  EXPECT_EQ(TakeErrors(), "REALLockObject: the handle is no object's\n");
+  Lock(lives.Get());
+  EXPECT_EQ(lives->References(), 2);
+  Unlock(lives.Get());
 }
 
 TEST_F(CensusTest, HandlesOfNothingAndOfOtherKindsAreErrors) {
