@@ -81,6 +81,10 @@ async function search(kind, word, page) {
   const tab = await context.newPage();
   await tab.goto(`${server.origin}/index.html`);
   if (kind.viewport.width < 960) await tab.click('label.md-header__button[for="__search"]');
+  // Keys that are pressed before the index is there are lost. The page says when it is.
+  await tab.locator('.md-search__input').focus();
+  const ready = tab.locator('.md-search-result__meta').filter({ hasNotText: 'Initializing' });
+  await ready.waitFor({ state: 'attached', timeout: 120000 });
   await tab.locator('.md-search__input').pressSequentially(word); // key by key, as it listens to them
   const first = tab.locator('.md-search-result__link').first();
   await first.waitFor({ timeout: 60000 }).catch(() => faults.push(`${kind.name}: the search box finds no ${word}`));
