@@ -108,8 +108,8 @@ PictureRef Scene::ReadPicture(Choices& choices) {
   int32_t width = 1 + static_cast<int32_t>(choices.Below(48));
   int32_t height = 1 + static_cast<int32_t>(choices.Below(8));
   // Some are wider than a strip of a row, or larger than what is walked together.
-  if (shape == 15) width *= size == 255 ? 20 : 4;
-  if (shape == 14) height *= size == 254 ? 60 : 12;
+  if (shape == 15) width *= size == 255 ? 20 : 3;
+  if (shape == 14) height *= size == 254 ? 20 : 4;
   // Most operations on more than one picture want them equal in size.
   if (shape < 8 && !pictures.empty()) {
     width = pictures.front()->Width();
