@@ -86,7 +86,7 @@ host::Settings ReadSettings(Choices& choices) {
   settings.alphaLayout = PictureLayout::WithAlpha(1 + shape % 2, padding);
   settings.consoleLayout = PictureLayout::RowTable(padding);
   settings.consoleLayout.contiguousRows = shape % 2 == 0;
-  settings.maximumPixelBytes = 1 << 18;
+  settings.maximumPixelBytes = 1 << 21;
   return settings;
 }
 
