@@ -114,6 +114,16 @@ TEST_F(WriterTest, RenderingNothingGivesNothing) {
   EXPECT_EQ(internals->render(writer.get()), nullptr);
 }
 
+TEST_F(WriterTest, HandingOverDiscardsTheRenderingOfAPictureThatWasOnlyReadToo) {
+  host::Host& host = StartInternals();
+  const PictureRef picture = host.NewPicture(2, 2);
+  const Writer writer = MakeWriter();
+  ASSERT_TRUE(internals->open(writer.get(), picture.Handle(), false, false));
+  const PictureRef result = host::AdoptHandle<host::Picture>(internals->render(writer.get()));
+  EXPECT_EQ(result, picture);
+  EXPECT_EQ(host.faults.Calls("REALPictureClearCache"), 1);
+}
+
 TEST_F(WriterTest, ABufferBecomesAPicture) {
   host::Host& host = StartInternals();
   uint8_t pixels[4 * 2 * 3] = {};
