@@ -72,7 +72,7 @@ def tests_in(root, base):
             files[f"{suite}.{name}"] = file.relative_to(root).as_posix()
     found = {}
     for program in PROGRAMS:
-        listed = run(base / program, "--gtest_list_tests", capture_output=True, text=True).stdout
+        listed = run(base / program, "--gtest_list_tests", stdout=subprocess.PIPE, text=True)
         suite = ""
         for line in listed.splitlines():
             name = line.split("#")[0].strip()

@@ -2,7 +2,9 @@
 
 import dataclasses
 import hashlib
+import os
 import pathlib
+import signal
 import subprocess
 
 TREE = "TREE"  # stands in a command for the folders that are searched for headers
@@ -87,4 +89,14 @@ def hash_of(*parts):
 
 
 def run(*command, **options):
-    return subprocess.run([str(word) for word in command], check=True, **options)
+    """Runs a program to its end; where this process is interrupted, ends it and what it started."""
+    words = [str(word) for word in command]
+    with subprocess.Popen(words, process_group=0, **options) as process:
+        try:
+            output, _ = process.communicate()
+        except BaseException:
+            os.killpg(process.pid, signal.SIGTERM)
+            raise
+    if process.returncode != 0:
+        raise subprocess.CalledProcessError(process.returncode, words)
+    return output

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <string>
+
 #include "tests/colour/colour_transform_fixture.h"
 
 namespace colour_transform {
@@ -92,16 +95,32 @@ TEST_F(ColourTransform, DestinationThatCannotBeOpenedIsIgnored) {
 }
 
 TEST_F(ColourTransform, DestinationWhoseSizeCannotBeReadIsIgnored) {
-  for (int failing = 1; failing <= 2; ++failing) {
-    Start();
-    const PictureRef picture = Host().NewPicture(4, 3);
-    const PictureRef dest = Host().NewPicture(4, 3);
-    Host().faults.FailCall("REALGetPropValueInt", failing);
-    const BlockRef identity = IdentityBlock();
-    const PictureRef result = Transform(picture, identity, identity, identity, dest);
-    EXPECT_TRUE(result);
-    EXPECT_FALSE(result == dest);
+  for (const auto& [width, height] : {std::pair{4, 3}, std::pair{1, 1}}) {
+    for (int failing = 1; failing <= 2; ++failing) {
+      Start();
+      const PictureRef picture = Host().NewPicture(width, height);
+      const PictureRef dest = Host().NewPicture(width, height);
+      Host().faults.FailCall("REALGetPropValueInt", failing);
+      const BlockRef identity = IdentityBlock();
+      const PictureRef result = Transform(picture, identity, identity, identity, dest);
+      EXPECT_TRUE(result);
+      EXPECT_FALSE(result == dest) << width << " x " << height << ", call " << failing;
+    }
   }
+}
+
+// A host may write the pixels back when they are unlocked: what it has drawn before is out of date
+// only then.
+TEST_F(ColourTransform, RenderingOfTheDestinationIsDiscardedOnceItsPixelsAreUnlocked) {
+  const PictureRef dest = Host().NewPicture(4, 3);
+  const BlockRef identity = IdentityBlock();
+  const PictureRef picture = Host().NewPicture(4, 3);
+  Host().faults.StartRecord();
+  EXPECT_EQ(Transform(picture, identity, identity, identity, dest), dest);
+  const std::vector<std::string> calls = Host().faults.StopRecord();
+  const std::string unlocked[] = {"unlockPictureDescription", "REALPictureClearCache"};
+  EXPECT_NE(std::search(calls.begin(), calls.end(), std::begin(unlocked), std::end(unlocked)),
+            calls.end());
 }
 
 TEST_F(ColourTransform, PictureThatCannotBeOpenedGivesNilAndLeavesTheDestination) {

@@ -221,6 +221,13 @@ TEST_F(ChannelsTest, EveryMixtureOfLayoutsFollowsTheRules) {
   }
 }
 
+TEST_F(ChannelsTest, MergingWithNilOpensNoPicture) {
+  const PictureRef picture = Plain(4, 4, {1, 2, 3});
+  EXPECT_FALSE(Merge(picture, nullptr));
+  EXPECT_FALSE(Merge(nullptr, picture));
+  EXPECT_EQ(Host().faults.Calls("REALLockPictureDescription"), 0);
+}
+
 TEST_F(ChannelsTest, EachPictureThatCannotBeOpenedGivesNil) {
   for (const LayoutPair& pair : support::AllSourceLayouts()) {
     SCOPED_TRACE(pair.name);

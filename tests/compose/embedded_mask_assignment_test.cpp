@@ -147,6 +147,11 @@ TEST_F(EmbeddedMaskTest, NilAndRefusedPicturesChangeNothing) {
   }
 }
 
+TEST_F(EmbeddedMaskTest, ANilPictureIsAssignedWithoutOpeningTheOther) {
+  Set(Plain(3, 2, {}), false, nullptr);
+  EXPECT_EQ(Host().faults.Calls("REALLockPictureDescription"), 0);
+}
+
 TEST_F(EmbeddedMaskTest, WithoutANewPictureReadingGivesNil) {
   const PictureRef picture = Plain(3, 2, {});
   Host().faults.FailAlways("newPicture");

@@ -4,12 +4,14 @@ import argparse
 import contextlib
 import io
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "script"))
+SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "script"
+sys.path.insert(0, str(SCRIPTS))
 
 from mutation import runs  # noqa: E402
 from mutation.project import TREE, Library, Project, Step, Unit  # noqa: E402
@@ -156,6 +158,25 @@ class Trying(unittest.TestCase):
         status, printed = self.run_it(place="room/file.cpp:2")
         self.assertEqual(status, 2)
         self.assertIn("program fails without a mutant: Room.Works (failed)", printed)
+
+
+class Interrupting(unittest.TestCase):
+    def test_an_interrupt_ends_what_a_program_has_started(self):
+        with tempfile.TemporaryDirectory() as folder:
+            # Of a pipe, the end is seen when the last program that writes to it has ended.
+            runner = f"""
+import sys
+sys.path.insert(0, {str(SCRIPTS)!r})
+from mutation.project import run
+run("sh", "-c", "sleep 30 & echo started; wait")
+"""
+            process = subprocess.Popen([sys.executable, "-B", "-c", runner], cwd=folder, text=True,
+                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)  # fmt: skip
+            self.addCleanup(process.kill)
+            self.assertEqual(process.stdout.readline(), "started\n")
+            process.send_signal(signal.SIGINT)
+            output, _ = process.communicate(timeout=20)
+            self.assertEqual(output, "")
 
 
 if __name__ == "__main__":

@@ -102,6 +102,13 @@ TEST_F(WriterTest, AHostThatFailsGivesFalse) {
   EXPECT_FALSE(CanMake(5, 4, true));
 }
 
+TEST_F(WriterTest, WhereNoPictureIsMadeNothingIsGivenBack) {
+  host::Host& host = StartInternals();
+  host.faults.FailAlways("newPicture");
+  EXPECT_FALSE(CanMake(5, 4, false));
+  EXPECT_EQ(host.faults.Calls("REALUnlockObject"), 0);
+}
+
 TEST_F(WriterTest, AnInstanceThatCannotBeConstructedIsKept) {
   StartInternals({}, {"Picture.Constructor"});
   EXPECT_FALSE(CanMake(5, 4, true));
@@ -109,9 +116,20 @@ TEST_F(WriterTest, AnInstanceThatCannotBeConstructedIsKept) {
 }
 
 TEST_F(WriterTest, RenderingNothingGivesNothing) {
-  StartInternals();
+  const host::Host& host = StartInternals();
   const Writer writer = MakeWriter();
   EXPECT_EQ(internals->render(writer.get()), nullptr);
+  EXPECT_EQ(host.faults.Calls("REALBuildPictureFromBuffer"), 0);
+}
+
+TEST_F(WriterTest, HandingOverDiscardsTheRenderingOfAPictureThatWasOnlyReadToo) {
+  host::Host& host = StartInternals();
+  const PictureRef picture = host.NewPicture(2, 2);
+  const Writer writer = MakeWriter();
+  ASSERT_TRUE(internals->open(writer.get(), picture.Handle(), false, false));
+  const PictureRef result = host::AdoptHandle<host::Picture>(internals->render(writer.get()));
+  EXPECT_EQ(result, picture);
+  EXPECT_EQ(host.faults.Calls("REALPictureClearCache"), 1);
 }
 
 TEST_F(WriterTest, ABufferBecomesAPicture) {

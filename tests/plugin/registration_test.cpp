@@ -60,6 +60,18 @@ TEST_F(RegistrationTest, WordsWithoutAMeaningAreZero) {
   for (int32_t i = 0; i < 6; ++i) expectZero(internals->globalMethods[i].unused);
 }
 
+TEST_F(RegistrationTest, NoClassHasSharedPropertiesOrMethods) {
+  StartInternals();
+  for (const REALclassDefinition* definition :
+       {internals->pictureExtension, internals->sepiaClass, internals->lutClass}) {
+    SCOPED_TRACE(definition->name);
+    EXPECT_EQ(definition->sharedProperties, nullptr);
+    EXPECT_EQ(definition->sharedPropertyCount, 0);
+    EXPECT_EQ(definition->sharedMethods, nullptr);
+    EXPECT_EQ(definition->sharedMethodCount, 0);
+  }
+}
+
 TEST_F(RegistrationTest, AMissingRegistrationEntryIsSkipped) {
   const host::Host& noClasses = StartInternals({}, {"PluginRegisterClass"});
   ASSERT_EQ(noClasses.registry.Classes().size(), 1U);

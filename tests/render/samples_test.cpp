@@ -1,6 +1,8 @@
 // RenderSamplesKRT beside its description, and what its defaults stand for.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/render/samples_fixture.h"
 
 namespace waveform {
@@ -97,6 +99,49 @@ TEST_F(Samples, ThatArePositiveReachBelowTheCentreByTwiceTheirMean) {
     // 0.25 in two samples: 0.25 of 40 rows. -0.25 and 0.125 in two: -10 and 5 rows.
     EXPECT_EQ(At(picture, 0, y) == bar, y >= 20 && y <= 30) << y;
     EXPECT_EQ(At(picture, 1, y) == bar, y >= 10 && y <= 25) << y;
+  }
+}
+
+// The greatest sample among seven silent ones makes 32767 / 4, which is a quarter of the full
+// scale.
+TEST_F(Samples, OfSixteenBitsAreScaledBy32767) {
+  Start();
+  Waveform wave;
+  wave.width = 1;
+  wave.height = 40;
+  wave.sampleCount = 8;
+  const Rgb bar{0x27, 0x4C, 0x5A};
+  for (const int32_t bits : {15, 16}) {
+    wave.bits = bits;
+    const PictureRef picture =
+        bits == 15
+            ? Render(BlockOf<int16_t>({32767, 0, 0, 0, 0, 0, 0, 0}), wave)
+            : Render(BlockOf<uint16_t>({65535, 32768, 32768, 32768, 32768, 32768, 32768, 32768}),
+                     wave);
+    for (int32_t y = 0; y < 40; ++y) {
+      EXPECT_EQ(At(picture, 0, y) == bar, y >= 20 && y <= 30) << bits << " bits, row " << y;
+    }
+  }
+}
+
+// An eighth of the samples of a column is loud, at its beginning, in its middle or at its end:
+// twice the mean is a quarter of the full scale.
+TEST_F(Samples, OfALongColumnAllCount) {
+  Start();
+  Waveform wave;
+  wave.bits = 8;
+  wave.width = 1;
+  wave.height = 40;
+  wave.sampleCount = 160000;
+  const Rgb bar{0x27, 0x4C, 0x5A};
+  for (const ptrdiff_t first : {0, 60000, 120000}) {
+    Block samples(160000, 128);
+    std::fill_n(samples.begin() + first, 20000, uint8_t{1});
+    const PictureRef picture = Render(samples, wave);
+    for (int32_t y = 0; y < 40; ++y) {
+      EXPECT_EQ(At(picture, 0, y) == bar, y >= 10 && y <= 20)
+          << "from sample " << first << ", row " << y;
+    }
   }
 }
 
