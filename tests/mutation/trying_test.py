@@ -170,8 +170,10 @@ sys.path.insert(0, {str(SCRIPTS)!r})
 from mutation.project import run
 run("sh", "-c", "sleep 30 & echo started; wait")
 """
+            # A shell lets what it starts in the background ignore interrupts.
             process = subprocess.Popen([sys.executable, "-B", "-c", runner], cwd=folder, text=True,
-                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)  # fmt: skip
+                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                       preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))  # fmt: skip
             self.addCleanup(process.kill)
             self.assertEqual(process.stdout.readline(), "started\n")
             process.send_signal(signal.SIGINT)
