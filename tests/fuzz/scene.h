@@ -43,7 +43,7 @@ class Scene {
   Holdings HeldByHost() const;
 
  private:
-  // A picture or, as part 1, its mask.
+  // `part` 0 is the picture itself, 1 its mask.
   PictureRef Part(size_t index, size_t part) const;
   PictureRef ReadPicture(Choices& choices);
   void Paint(const PictureRef& picture, Choices& choices) const;

@@ -116,74 +116,55 @@ TEST_F(EditorTest, OldHostsAreAskedForTheDrawingFunctionBeforeRowsAreCopied) {
   }
 }
 
-TEST_F(EditorTest, RowsOfAnotherSizeAreNotCopied) {
-  const auto spoilers = {
-      +[](REALrowTablePicture& table) { table.height = 2; },
-      +[](REALrowTablePicture& table) { table.width = 3; },
-      +[](REALrowTablePicture& table) { table.zero = 1; },
-  };
-  for (const auto& spoil : spoilers) {
+using SpoilRows = void (*)(REALpictureDescription&, REALrowTablePicture&);
+
+// What a copy made by rows has at its last pixel, where `spoil` changes what the source's lock
+// gives.
+class RowCopyTest : public EditorTest {
+ protected:
+  support::Rgb LastPixelCopied(SpoilRows spoil) {
     host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
     const PictureRef picture = host.NewPicture(4, 3);
     support::Fill(picture, {1, 2, 3});
     REALrowTablePicture table{};
     picture->SetDescriptionHook([&](REALpictureDescription& description) {
       std::memcpy(&table, description.pictureData, sizeof(table));
-      spoil(table);
       description.pictureData = &table;
+      spoil(description, table);
     });
     Reader reader = MakeReader();
-    ASSERT_TRUE(Open(reader, picture));
-    EXPECT_EQ(PixelOf(reader, 0, 0), (support::Rgb{255, 255, 255})) << "as the host made it";
+    EXPECT_TRUE(Open(reader, picture));
+    EXPECT_NE(reader->picture, picture.Handle());
+    return PixelOf(reader, 3, 2);
+  }
+};
+
+TEST_F(RowCopyTest, RowsThatDoNotFitAreLeftAsTheHostMadeThem) {
+  const SpoilRows spoilers[] = {
+      [](REALpictureDescription&, REALrowTablePicture& table) { table.height = 2; },
+      [](REALpictureDescription&, REALrowTablePicture& table) { table.width = 3; },
+      [](REALpictureDescription&, REALrowTablePicture& table) { table.zero = 1; },
+      [](REALpictureDescription&, REALrowTablePicture& table) { table.rows = nullptr; },
+      [](REALpictureDescription& description, REALrowTablePicture&) {
+        description.pictureData = nullptr;
+      },
+  };
+  for (const SpoilRows spoil : spoilers) {
+    EXPECT_EQ(LastPixelCopied(spoil), (support::Rgb{255, 255, 255}));
   }
 }
 
-// Rows to copy need neither the description's type nor the second pointer, which a picture that is
-// opened by its rows must have.
-TEST_F(EditorTest, RowsAreCopiedWhateverTheirTypeAndSecondPointer) {
-  const auto spoilers = {
-      +[](REALpictureDescription&, REALrowTablePicture& table) { table.second = nullptr; },
-      +[](REALpictureDescription& description, REALrowTablePicture&) {
+// Rows to copy need neither the description's type nor the second pointer. A picture that is opened
+// by its rows must have both.
+TEST_F(RowCopyTest, RowsAreCopiedWhateverTheirTypeAndSecondPointer) {
+  const SpoilRows spoilers[] = {
+      [](REALpictureDescription&, REALrowTablePicture& table) { table.second = nullptr; },
+      [](REALpictureDescription& description, REALrowTablePicture&) {
         description.pictureType = kPictureGraphicsWorld;
       },
   };
-  for (const auto& spoil : spoilers) {
-    host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
-    const PictureRef picture = host.NewPicture(4, 3);
-    support::Fill(picture, {1, 2, 3});
-    REALrowTablePicture table{};
-    picture->SetDescriptionHook([&](REALpictureDescription& description) {
-      std::memcpy(&table, description.pictureData, sizeof(table));
-      description.pictureData = &table;
-      spoil(description, table);
-    });
-    Reader reader = MakeReader();
-    ASSERT_TRUE(Open(reader, picture));
-    EXPECT_NE(reader->picture, picture.Handle());
-    EXPECT_EQ(PixelOf(reader, 3, 2), (support::Rgb{1, 2, 3}));
-  }
-}
-
-TEST_F(EditorTest, RowsWithoutDataOrTableAreNotCopied) {
-  const auto spoilers = {
-      +[](REALpictureDescription& description, REALrowTablePicture&) {
-        description.pictureData = nullptr;
-      },
-      +[](REALpictureDescription&, REALrowTablePicture& table) { table.rows = nullptr; },
-  };
-  for (const auto& spoil : spoilers) {
-    host::Host& host = StartConsole(2013.03, {kDrawPicture, "pluginObjectType"});
-    const PictureRef picture = host.NewPicture(4, 3);
-    support::Fill(picture, {1, 2, 3});
-    REALrowTablePicture table{};
-    picture->SetDescriptionHook([&](REALpictureDescription& description) {
-      std::memcpy(&table, description.pictureData, sizeof(table));
-      description.pictureData = &table;
-      spoil(description, table);
-    });
-    Reader reader = MakeReader();
-    ASSERT_TRUE(Open(reader, picture));
-    EXPECT_EQ(PixelOf(reader, 0, 0), (support::Rgb{255, 255, 255})) << "as the host made it";
+  for (const SpoilRows spoil : spoilers) {
+    EXPECT_EQ(LastPixelCopied(spoil), (support::Rgb{1, 2, 3}));
   }
 }
 
