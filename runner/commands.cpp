@@ -13,7 +13,7 @@
 namespace runner {
 namespace {
 
-// Whatever a library says becomes one line.
+// Whatever a library says becomes one line, written at once: other processes write lines, too.
 void Complain(std::string message) {
   while (!message.empty() && message.back() == '\n') message.pop_back();
   for (char& c : message)
@@ -39,6 +39,8 @@ void Print(const std::string& text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
     throw Failure(std::string("can't write to standard output: ") + std::strerror(errno));
 }
+
+void WarnOnStandardError(const std::string& message) { Complain("warning: " + message); }
 
 int Main(int count, const char* const* words) {
   OutputFile::CleanUpOnSignals();

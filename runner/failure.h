@@ -1,6 +1,7 @@
-// What the person at the terminal is told when something can't be done.
+// What the person at the terminal is told when something can't be done, or not as expected.
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -18,5 +19,12 @@ class UsageFailure : public Failure {
  public:
   using Failure::Failure;
 };
+
+// Takes a sentence like a Failure's about work that goes on although not all of it can be done as
+// asked. It may throw Failure, where a person wants no such work. Empty: nobody is told.
+using Warn = std::function<void(const std::string&)>;
+
+// Prints a line on standard error.
+void WarnOnStandardError(const std::string& message);
 
 }  // namespace runner

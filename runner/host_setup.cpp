@@ -14,6 +14,7 @@ HostSetup StartHost(const Options& options) {
   settings.application = options.application;
   ChooseLayouts(options.layout, &settings, &setup.images);
   setup.images.pixelLimit = options.pixelLimit;
+  setup.images.warn = WarnOnStandardError;
   const std::filesystem::path plugin = options.plugin.empty() ? FindPlugin() : options.plugin;
   RequireRegularFile(plugin);
   try {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/host.h"
+#include "runner/failure.h"
 #include "runner/output_file.h"
 
 namespace runner {
@@ -16,6 +17,7 @@ struct ImageOptions {
   host::PictureLayout opaqueLayout;   // of pictures whose every pixel is opaque
   host::PictureLayout alphaLayout;    // of the others; where it stores no alpha, they get a mask
   uint64_t pixelLimit = 250'000'000;  // looked at before anything is decoded
+  Warn warn;                          // of files that can't be used as they are
 };
 
 // A PNG, JPEG, TIFF, WebP or BMP file, turned as its orientation says. Throws Failure for a file
