@@ -55,7 +55,8 @@ std::vector<FileJob> PlanJobs(const Options& options) {
   std::map<fs::path, fs::path> sources;
   for (const fs::path& file : options.files) {
     fs::path output = options.outputFolder / file.filename();
-    if (!options.format.empty()) output.replace_extension(options.format);
+    if (!options.format.empty())
+      output.replace_extension(FormatCalled(options.format)->extensions[0]);
     const auto [other, added] = sources.emplace(output, file);
     if (!added)
       throw Failure(Quoted(other->second.native()) + " and " + Quoted(file.native()) +
@@ -140,8 +141,9 @@ int RunBatch(const Options& options) {
   if (options.skipExisting)
     std::erase_if(jobs, [&](const FileJob& job) { return fs::exists(job.output, ignored); });
 
+  const JobOptions common{statements, setup.images, setup.save, options.page, nullptr};
   const Tally tally = Work(jobs, static_cast<size_t>(options.jobs), [&](size_t task) {
-    return DoFileJob(jobs[task], statements, *setup.host, setup.images, &session);
+    return DoFileJob(jobs[task], common, *setup.host, &session);
   });
   if (interruptedBy != 0) {
     std::cerr << "picturehost: interrupted, " + std::to_string(tally.written + tally.failed) +

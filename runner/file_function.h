@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/host.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
 #include "runner/operand.h"
 
 namespace runner {

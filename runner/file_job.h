@@ -2,24 +2,51 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "runner/expression.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
+#include "runner/files/image_writer.h"
 #include "runner/session.h"
 
 namespace runner {
+
+// Gets a line with its end.
+using PrintLine = std::function<void(const std::string& line)>;
+
+// Runs the statements in a session and prints what they come to, each line after `label`.
+void RunStatements(const std::vector<Statement>& statements, const std::string& label,
+                   Session* session, const PrintLine& print);
+
+// Runs the statements on each page of a file, or on the page with a number from 1, and gives what
+// they made of them. `session` is the host's; it starts over with each page. `print` gets what they
+// come to, a line each, with the number of the page before it where there are several. Throws
+// Failure.
+std::vector<Page> ProcessPages(ImageReader* reader, std::optional<size_t> page,
+                               const std::vector<Statement>& statements, host::Host& host,
+                               const ImageOptions& images, Session* session,
+                               const PrintLine& print);
 
 struct FileJob {
   std::filesystem::path file;
   std::filesystem::path output;
 };
 
+// What all jobs of a batch have in common.
+struct JobOptions {
+  const std::vector<Statement>& statements;
+  const ImageOptions& images;
+  const SaveOptions& save;
+  std::optional<size_t> page;
+  const ImageFormat* format = nullptr;  // null: that of the output's name
+};
+
 // Does the job, from reading to the result's place, and gives what the expressions print, a line
-// each. The result appears whole or not at all. `session` is the host's; it starts over. Throws
-// Failure.
-std::string DoFileJob(const FileJob& job, const std::vector<Statement>& statements,
-                      host::Host& host, const ImageOptions& images, Session* session);
+// each. The result appears whole or not at all. Throws Failure.
+std::string DoFileJob(const FileJob& job, const JobOptions& options, host::Host& host,
+                      Session* session);
 
 }  // namespace runner

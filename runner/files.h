@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -15,7 +16,10 @@ void RequireRegularFile(const std::filesystem::path& path);
 constexpr size_t kLargestFile = 0x7FFFFFFF;
 std::string ReadWholeFile(const std::filesystem::path& path);
 
-// Its first bytes, fewer where it is shorter.
-std::string ReadBeginning(const std::filesystem::path& path, size_t count);
+// Some of them, fewer where it is shorter.
+std::string ReadPart(const std::filesystem::path& path, uint64_t start, size_t count);
+
+// All bytes of standard input. Throws Failure, also for more than that.
+std::string ReadStandardInput();
 
 }  // namespace runner

@@ -14,7 +14,13 @@ HostSetup StartHost(const Options& options) {
   settings.application = options.application;
   ChooseLayouts(options.layout, &settings, &setup.images);
   setup.images.pixelLimit = options.pixelLimit;
-  setup.images.warn = WarnOnStandardError;
+  setup.images.damage = options.damage;
+  setup.images.toSrgb = options.toSrgb;
+  setup.images.keepAlpha = options.keepAlpha;
+  setup.images.warn = options.strict ? [](const std::string& message) { throw Failure(message); }
+                                     : Warn(WarnOnStandardError);
+  setup.save = options.save;
+  setup.save.warn = setup.images.warn;
   const std::filesystem::path plugin = options.plugin.empty() ? FindPlugin() : options.plugin;
   RequireRegularFile(plugin);
   try {

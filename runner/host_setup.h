@@ -4,7 +4,8 @@
 #include <memory>
 
 #include "host/host.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
+#include "runner/files/image_writer.h"
 #include "runner/options.h"
 
 namespace runner {
@@ -12,6 +13,7 @@ namespace runner {
 struct HostSetup {
   std::unique_ptr<host::Host> host;
   ImageOptions images;
+  SaveOptions save;
 };
 
 // Throws Failure, which names the plug-in that can't be loaded.

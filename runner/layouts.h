@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/host.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
 
 namespace runner {
 

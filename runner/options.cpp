@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <sstream>
 #include <string_view>
@@ -25,8 +26,10 @@ host::Application ApplicationCalled(std::string_view kind) {
 struct Raw {
   Options options;
   std::string application = "desktop";
+  std::string damage = "warn", metadata = "keep";
   double pixelLimit = 250;
-  std::string plugin, photo, output, outputFolder;
+  int page = 0, quality = 0;
+  std::string plugin, photo, outputFolder;
   std::vector<std::string> words, saves;
   bool noPicture = false;
 };
@@ -65,6 +68,57 @@ void AddPictureOptions(CLI::App* command, Raw* raw) {
       ->capture_default_str();
 }
 
+void AddFileOptions(CLI::App* command, Raw* raw) {
+  const std::string reading = "How files are opened";
+  Options& options = raw->options;
+  command->add_option("--page", raw->page, "One page or frame alone, from 1; otherwise all")
+      ->check(CLI::Range(1, INT_MAX))
+      ->type_name("N")
+      ->group(reading);
+  command
+      ->add_option("--damage", raw->damage,
+                   "Damaged files: warn and use what can be decoded, fail, or ignore it")
+      ->check(CLI::IsMember({"warn", "fail", "ignore"}))
+      ->type_name("WHAT")
+      ->capture_default_str()
+      ->group(reading);
+  command->add_flag("--to-srgb", options.toSrgb, "Convert colours through the file's profile")
+      ->group(reading);
+  command
+      ->add_flag("--keep-alpha", options.keepAlpha,
+                 "Work on the colours alone, and put the file's alpha over the result")
+      ->group(reading);
+  command->add_flag("--strict", options.strict, "What would be a warning is an error")
+      ->group(reading);
+
+  const std::string writing = "How files are saved";
+  command
+      ->add_option("-f,--format", options.format, "Instead of that of the name: " + FormatNames())
+      ->check([](const std::string& name) {
+        return FormatCalled(name) == nullptr ? "there is no format " + Quoted(name) : std::string();
+      })
+      ->type_name("NAME")
+      ->group(writing);
+  command
+      ->add_option("--metadata", raw->metadata,
+                   "EXIF, XMP, IPTC, profile, comments: keep all, keep the profile, or none")
+      ->check(CLI::IsMember({"keep", "profile", "none"}))
+      ->type_name("WHAT")
+      ->capture_default_str()
+      ->group(writing);
+  command->add_option("--quality", raw->quality, "From 1 to 100; otherwise as the file came")
+      ->check(CLI::Range(1, 100))
+      ->type_name("N")
+      ->group(writing);
+  command->add_flag("--lossless", options.save.lossless, "No pixel changes on its way to the file")
+      ->group(writing);
+  command
+      ->add_option("--compression", options.save.compression,
+                   "PNG: 0 to 9; TIFF: none, lzw, deflate, zstd, packbits, jpeg or ccittfax4")
+      ->type_name("WHICH")
+      ->group(writing);
+}
+
 void AddList(CLI::App* app, Raw* raw) {
   CLI::App* list = app->add_subcommand("list", "Show everything that the plug-in registered");
   list->add_flag("--json", raw->options.json, "As JSON, for programs");
@@ -75,12 +129,14 @@ void AddRun(CLI::App* app, Raw* raw) {
   CLI::App* run = app->add_subcommand("run", "Evaluate call expressions on a picture");
   run->add_option("WORDS", raw->words, "The picture file, then one expression or more")
       ->type_name("PHOTO EXPRESSION...");
-  run->add_option("-o,--output", raw->output, "Where the current picture goes at the end")
+  run->add_option("-o,--output", raw->options.output,
+                  "Where the current picture goes at the end; - is standard output")
       ->type_name("FILE");
   run->add_option("--save", raw->saves, "Save what has a name: a block, a string or a picture")
       ->type_name("NAME=FILE")
       ->allow_extra_args(false);
   run->add_flag("--no-picture", raw->noPicture, "There is no PHOTO, only expressions");
+  AddFileOptions(run, raw);
   AddPictureOptions(run, raw);
   AddHostOptions(run, raw);
   run->footer(kRunHelp);
@@ -95,16 +151,12 @@ void AddBatch(CLI::App* app, Raw* raw) {
                    "Where the results go, under the same names")
       ->type_name("DIR")
       ->required();
-  batch
-      ->add_option("-f,--format", raw->options.format,
-                   "png, jpg, tiff, webp or bmp; otherwise each result has its file's format")
-      ->check(CLI::IsMember({"png", "jpg", "jpeg", "tif", "tiff", "webp", "bmp"}))
-      ->type_name("EXTENSION");
   batch->add_option("-j,--jobs", raw->options.jobs, "Pictures at a time; otherwise one a processor")
       ->check(CLI::Range(1, 1024))
       ->type_name("N");
   batch->add_flag("--skip-existing", raw->options.skipExisting,
                   "Leave results alone that are there");
+  AddFileOptions(batch, raw);
   AddPictureOptions(batch, raw);
   AddHostOptions(batch, raw);
   batch->footer(kBatchHelp);
@@ -125,7 +177,6 @@ void FinishRun(Raw* raw) {
   if (options.expressions.empty())
     throw UsageFailure("run takes a picture and at least one expression, like " +
                        std::string("picturehost run photo.jpg InvertKRT -o out.png"));
-  options.output = raw->output;
   for (const std::string& save : raw->saves) options.saves.push_back(SplitSave(save));
 }
 
@@ -135,7 +186,7 @@ void FinishBatch(Raw* raw) {
   Options& options = raw->options;
   const auto isFile = [](const std::string& word) {
     std::error_code ignored;
-    return HasImageExtension(word) || std::filesystem::exists(word, ignored);
+    return FormatByExtension(word) != nullptr || std::filesystem::exists(word, ignored);
   };
   if (raw->words.size() < 2) throw UsageFailure("batch takes an expression and picture files");
   const auto files = std::find_if(raw->words.begin() + 1, raw->words.end(), isFile);
@@ -180,6 +231,14 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   Options& options = raw.options;
   options.plugin = raw.plugin;
   options.application = ApplicationCalled(raw.application);
+  options.damage = raw.damage == "fail"     ? Damage::kFail
+                   : raw.damage == "ignore" ? Damage::kIgnore
+                                            : Damage::kWarn;
+  options.save.metadata = raw.metadata == "none"      ? SaveOptions::Keep::kNothing
+                          : raw.metadata == "profile" ? SaveOptions::Keep::kProfile
+                                                      : SaveOptions::Keep::kEverything;
+  if (raw.page > 0) options.page = static_cast<size_t>(raw.page);
+  if (raw.quality > 0) options.save.quality = raw.quality;
   options.pixelLimit = static_cast<uint64_t>(std::llround(raw.pixelLimit * 1e6));
   const bool rows = options.layout == "rows";
   if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))

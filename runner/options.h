@@ -9,8 +9,13 @@
 #include <vector>
 
 #include "host/host.h"
+#include "runner/files/image_reader.h"
+#include "runner/files/image_writer.h"
 
 namespace runner {
+
+// The name that means standard input or standard output.
+inline constexpr const char* kStandardStream = "-";
 
 enum class Command { kList, kRun, kBatch };
 
@@ -22,17 +27,22 @@ struct Options {
   host::Application application = host::Application::kDesktop;
   std::string layout;  // empty: what the application has
   uint64_t pixelLimit = 250'000'000;
+  Damage damage = Damage::kWarn;
+  bool toSrgb = false, keepAlpha = false;
+  bool strict = false;         // what would be a warning is a failure
+  std::optional<size_t> page;  // from 1; nothing: all of them
+  SaveOptions save;
 
   bool json = false;  // list
 
+  std::string format;                          // of the outputs; empty: as their names or files say
   std::vector<std::string> expressions;        // run, batch
   std::optional<std::filesystem::path> photo;  // run; nothing: no picture
-  std::filesystem::path output;                // run; empty: no picture is written
+  std::string output;  // run: a name with options in brackets, or "-"; empty: nothing is written
   std::vector<std::pair<std::string, std::filesystem::path>> saves;  // run: name and file
 
   std::vector<std::filesystem::path> files;  // batch
   std::filesystem::path outputFolder;
-  std::string format;  // extension of the outputs; empty: each as its file
   int jobs = 1;
   bool skipExisting = false;
 };

@@ -1,9 +1,15 @@
 // picturehost run
+#include <iostream>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "runner/commands.h"
 #include "runner/expression.h"
 #include "runner/failure.h"
+#include "runner/file_job.h"
+#include "runner/files.h"
+#include "runner/files/image_writer.h"
 #include "runner/host_setup.h"
 #include "runner/names.h"
 #include "runner/output_file.h"
@@ -14,16 +20,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A file whose content is complete and that only needs its place.
-OutputFile Stage(const fs::path& path, const host::Picture& picture) {
-  const std::string format = FormatFor(path);
-  OutputFile file(path);
-  EncodePicture(picture, format, &file);
+// Files whose content is complete and that only need their place.
+
+OutputFile Stage(const OutputName& name, std::span<const Page> pages, const Origin* origin,
+                 const SaveOptions& options) {
+  OutputFile file(name.path);
+  EncodePages(pages, name.encoding, origin, options,
+              [&](const void* bytes, size_t count) { file.Write(bytes, count); });
   return file;
 }
 
-OutputFile Stage(const fs::path& path, const Operand& operand, const std::string& name) {
-  if (const host::Ref<host::Picture> picture = PictureIn(operand)) return Stage(path, *picture);
+OutputFile Stage(const fs::path& path, const Operand& operand, const std::string& name,
+                 const SaveOptions& options) {
+  if (const host::Ref<host::Picture> picture = PictureIn(operand)) {
+    const Page page{picture, {}};
+    return Stage(OutputNamed(path.native()), std::span(&page, 1), nullptr, options);
+  }
   if (const auto* string = std::get_if<host::Ref<host::String>>(&operand.value);
       string && *string) {
     OutputFile file(path);
@@ -48,50 +60,71 @@ std::vector<Statement> ParseAll(const std::vector<std::string>& expressions) {
 }
 
 // A photo that can't be opened may be an expression by mistake.
-host::Ref<host::Picture> OpenPhoto(const Options& options, const HostSetup& setup) {
+ImageReader OpenPhoto(const Options& options, const ImageOptions& images) {
+  if (*options.photo == kStandardStream) return {ReadStandardInput(), "standard input", images};
   std::error_code ignored;
   if (!fs::exists(*options.photo, ignored) &&
       options.photo->native().find('(') != std::string::npos)
     throw UsageFailure("there is no picture " + Quoted(options.photo->native()) +
                        "; the picture comes first, or --no-picture where there is none");
-  return LoadPicture(*setup.host, *options.photo, setup.images);
+  return {*options.photo, images};
+}
+
+// Standard output, which has no name that says how.
+OutputName NameOfOutput(const Options& options) {
+  const ImageFormat* format = options.format.empty() ? nullptr : FormatCalled(options.format);
+  if (options.output != kStandardStream) return OutputNamed(options.output, format);
+  if (format == nullptr)
+    throw UsageFailure("a picture for standard output needs --format, like --format png");
+  return OutputNamed("/dev/stdout", format);
 }
 
 }  // namespace
 
 int RunRun(const Options& options) {
   const std::vector<Statement> statements = ParseAll(options.expressions);
-  if (!options.output.empty()) FormatFor(options.output);
+  std::optional<OutputName> output;
+  if (!options.output.empty()) output = NameOfOutput(options);
   const HostSetup setup = StartHost(options);
   Session session(*setup.host, setup.images);
   std::vector<std::string> names;
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
 
-  if (options.photo) session.SetCurrent(OpenPhoto(options, setup));
   std::string printed;
-  host::Ref<host::Picture> before;
-  for (const Statement& statement : statements) {
-    before = session.Current();
-    for (const Named& result : session.Run(statement))
-      printed += result.name + " = " + Describe(result.operand) + "\n";
+  std::vector<Page> pages;
+  std::optional<ImageReader> reader;
+  const PrintLine print = [&](const std::string& line) { printed += line; };
+  if (options.photo) {
+    reader.emplace(OpenPhoto(options, setup.images));
+    pages = ProcessPages(&*reader, options.page, statements, *setup.host, setup.images, &session,
+                         print);
+  } else {
+    RunStatements(statements, "", &session, print);
+    if (session.Current()) pages.push_back({session.Current(), {}});
   }
-  if (options.output.empty() && !(before == session.Current()))
+  if (!output && session.MadePicture())
     throw Failure("the last expression came to a picture, and there is no --output to put it in");
+  if (output && pages.empty())
+    throw Failure("there is no picture for " + Quoted(output->path.native()));
+  if (pages.size() > 1 && !options.saves.empty())
+    throw Failure("the file has " + std::to_string(pages.size()) +
+                  " pages, and --save has one value to save; --page N takes one of them");
 
   std::vector<OutputFile> files;
-  if (!options.output.empty()) {
-    if (!session.Current())
-      throw Failure("there is no picture for " + Quoted(options.output.native()));
-    files.push_back(Stage(options.output, *session.Current()));
-  }
+  if (output)
+    files.push_back(Stage(*output, pages, reader ? &reader->FileOrigin() : nullptr, setup.save));
   for (const auto& [name, path] : options.saves) {
     const Operand* operand = session.Find(name);
     if (operand == nullptr)
       throw Failure("nothing is called " + name + " that could be saved" +
                     DidYouMean(name, session.Names()));
-    files.push_back(Stage(path, *operand, name));
+    files.push_back(Stage(path, *operand, name, setup.save));
   }
-  if (!printed.empty()) Print(printed);
+  // Printed values would get between the bytes of a picture.
+  if (output && options.output == kStandardStream)
+    std::cerr << printed;
+  else if (!printed.empty())
+    Print(printed);
   for (OutputFile& file : files) file.Commit();
   return 0;
 }

@@ -50,6 +50,7 @@ std::string OneLine(std::string text) {
 
 std::vector<Named> Session::Run(const Statement& statement) {
   shown.clear();
+  const PictureRef before = current;
   try {
     if (statement.assigned != nullptr) {
       Assign(statement);
@@ -64,6 +65,7 @@ std::vector<Named> Session::Run(const Statement& statement) {
   } catch (const host::Error& error) {
     throw Failure(OneLine(error.what()));
   }
+  madePicture = !(before == current);
   return std::move(shown);
 }
 

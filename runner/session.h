@@ -10,7 +10,7 @@
 
 #include "host/host.h"
 #include "runner/expression.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
 #include "runner/operand.h"
 
 namespace runner {
@@ -34,6 +34,8 @@ class Session {
     SetCurrent(std::move(picture));
   }
   const host::Ref<host::Picture>& Current() const { return current; }
+  // Whether the latest statement made another picture the current one.
+  bool MadePicture() const { return madePicture; }
 
   // Evaluates one statement. A picture that it comes to becomes the current one; every other result
   // and every byref result is in the list that is returned, and has that name from now on. An
@@ -70,6 +72,7 @@ class Session {
   host::Host& runtime;
   ImageOptions imageOptions;
   host::Ref<host::Picture> current;
+  bool madePicture = false;
   std::vector<Named> defined;
   std::vector<Named> shown;  // by the statement that runs
   std::map<std::string, std::shared_ptr<const LutGrid>>

@@ -26,7 +26,8 @@ class Batch {
     const Locked locked;
     const py::gil_scoped_release released;
     const AsTheRunner asTheRunner(this);
-    return runner::DoFileJob({file, output}, statements, TheHost(), images, &session);
+    return runner::DoFileJob({file, output}, {statements, images, save, std::nullopt}, TheHost(),
+                             &session);
   }
 
  private:
@@ -54,6 +55,7 @@ class Batch {
 
   host::Settings settings;
   runner::ImageOptions images;
+  runner::SaveOptions save;
   runner::Session session;
   std::vector<runner::Statement> statements;
 };
@@ -69,8 +71,10 @@ void DefineBatch(py::module_& module) {
            py::arg("expressions"))
       .def("run", &Batch::Run, py::arg("file"), py::arg("output"),
            "Make a picture file into another; give what the expressions print.");
-  module.def("is_picture_file", &runner::HasImageExtension, py::arg("path"),
-             "Whether a name ends as those of picture files do.");
+  module.def(
+      "is_picture_file",
+      [](const std::filesystem::path& path) { return runner::FormatByExtension(path) != nullptr; },
+      py::arg("path"), "Whether a name ends as those of picture files do.");
 }
 
 }  // namespace pyhost

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "python/module/objects.h"
+#include "runner/files/image_writer.h"
 #include "runner/output_file.h"
 
 namespace pyhost {
@@ -90,18 +91,21 @@ HeldPicture Open(const fs::path& path) {
 
 void Save(const HeldPicture& picture, const fs::path& path) {
   const Locked locked;
-  const std::string format = runner::FormatFor(path);
-  runner::OutputFile file(path);
-  runner::EncodePicture(*picture.Reference(), format, &file);
+  const runner::OutputName name = runner::OutputNamed(path.native());
+  runner::OutputFile file(name.path);
+  runner::EncodePicture(picture.Reference(), name.encoding, [&](const void* bytes, size_t count) {
+    file.Write(bytes, count);
+  });
   file.Commit();
 }
 
 py::bytes Png(const HeldPicture& picture) {
   std::string bytes;
   const Locked locked;
-  runner::EncodePicture(*picture.Reference(), "png", [&](const void* more, size_t count) {
-    bytes.append(static_cast<const char*>(more), count);
-  });
+  runner::EncodePicture(picture.Reference(), {runner::FormatCalled("png"), ""},
+                        [&](const void* more, size_t count) {
+                          bytes.append(static_cast<const char*>(more), count);
+                        });
   return bytes;
 }
 

@@ -7,7 +7,7 @@
 #include <mutex>
 
 #include "host/host.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
 
 namespace pyhost {
 

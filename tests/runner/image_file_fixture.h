@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "runner/failure.h"
-#include "runner/image_check.h"
-#include "runner/image_file.h"
+#include "runner/files/image_reader.h"
+#include "runner/files/image_writer.h"
 #include "runner/layouts.h"
 #include "runner/pixel_rows.h"
 #include "tests/runner/images.h"
@@ -16,7 +16,10 @@ namespace runner {
 // A host without a plug-in is all that pictures need.
 class ImageFile : public ::testing::Test {
  protected:
-  ImageFile() { ChooseLayouts("", &host.settings, &options); }
+  ImageFile() {
+    ChooseLayouts("", &host.settings, &options);
+    options.damage = Damage::kFail;
+  }
 
   host::Ref<host::Picture> Load(const std::string& path) {
     return LoadPicture(host, path, options);
@@ -29,10 +32,12 @@ class ImageFile : public ::testing::Test {
     }
     return "(no error)";
   }
-  void Write(const host::Picture& picture, const std::string& path) {
-    OutputFile file(path);
-    EncodePicture(picture, FormatFor(path), &file);
-    file.Commit();
+  static void Write(const host::Ref<host::Picture>& picture, const std::string& path) {
+    std::string bytes;
+    EncodePicture(picture, OutputNamed(path).encoding, [&](const void* more, size_t count) {
+      bytes.append(static_cast<const char*>(more), count);
+    });
+    WriteBytes(path, bytes);
   }
 
   Scratch scratch;

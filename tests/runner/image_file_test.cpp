@@ -76,7 +76,7 @@ TEST_F(ImageFile, KeepsAlphaWhereTheLayoutHasIt) {
 
   for (const char* layout : {"argb", "rgba"}) {
     ChooseLayouts(layout, &host.settings, &options);
-    Write(*Load(scratch / "alpha.png"), scratch / "again.png");
+    Write(Load(scratch / "alpha.png"), scratch / "again.png");
     EXPECT_EQ(Read(scratch / "again.png").bytes, image.bytes) << layout;
   }
 }
@@ -94,7 +94,7 @@ TEST_F(ImageFile, LayoutsWithoutAlphaGetAMaskInstead) {
       ASSERT_EQ(picture->Mask()->Pixel(x, y), (host::Rgba{grey, grey, grey, 255}));
       ASSERT_EQ(picture->Pixel(x, y), (host::Rgba{pixel[0], pixel[1], pixel[2], 255}));
     }
-  Write(*picture, scratch / "again.png");
+  Write(picture, scratch / "again.png");
   EXPECT_EQ(Read(scratch / "again.png").bytes, image.bytes);
 }
 
@@ -124,7 +124,7 @@ TEST_F(ImageFile, WritesEveryFormat) {
   Save(image, scratch / "in.png", "png");
   const host::Ref<host::Picture> picture = Load(scratch / "in.png");
   for (const char* name : {"out.png", "out.PNG", "out.tif", "out.tiff", "out.bmp"}) {
-    Write(*picture, scratch / name);
+    Write(picture, scratch / name);
     const Image read = Read(scratch / name);
     ASSERT_EQ(read.width, 33) << name;
     for (int y = 0; y < 17; ++y)
@@ -139,7 +139,7 @@ TEST_F(ImageFile, WritesEveryFormat) {
   });
   Save(smooth, scratch / "smooth.png", "png");
   for (const char* name : {"out.jpg", "out.jpeg", "out.webp"}) {
-    Write(*Load(scratch / "smooth.png"), scratch / name);
+    Write(Load(scratch / "smooth.png"), scratch / name);
     const Image read = Read(scratch / name);
     for (size_t i = 0; i < smooth.bytes.size(); ++i)
       ASSERT_NEAR(read.bytes[i], smooth.bytes[i], 16) << name;
@@ -152,7 +152,7 @@ TEST_F(ImageFile, FormatsWithoutAlphaShowWhite) {
   });
   Save(image, scratch / "alpha.png", "png");
   ChooseLayouts("argb", &host.settings, &options);
-  Write(*Load(scratch / "alpha.png"), scratch / "flat.bmp");
+  Write(Load(scratch / "alpha.png"), scratch / "flat.bmp");
   const Image flat = Read(scratch / "flat.bmp");
   EXPECT_EQ(flat.At(0, 0), (Pixel{255, 255, 255}));
   EXPECT_EQ(flat.At(1, 1), (Pixel{227, 127, 177}));  // 255 - (255 - c) * 128 / 255, rounded

@@ -1,6 +1,7 @@
 // Rows between picture files and layouts; JPEG files that are cut.
 #include <gtest/gtest.h>
 
+#include "runner/files/wholeness.h"
 #include "tests/runner/image_file_fixture.h"
 
 namespace runner {
@@ -73,9 +74,12 @@ TEST(JpegCheck, TakesAnyBytes) {
   Scratch scratch;
   Save(Noise(24, 24), scratch / "x.jpg", "jpeg");
   const std::string bytes = ReadBytes(scratch / "x.jpg");
-  EXPECT_EQ(MissingFromJpeg(bytes), std::nullopt);
-  for (size_t length = 0; length < bytes.size(); ++length)
-    EXPECT_EQ(MissingFromJpeg(std::string_view(bytes).substr(0, length)), "is truncated") << length;
+  EXPECT_FALSE(FaultOfJpeg(bytes));
+  for (size_t length = 0; length < bytes.size(); ++length) {
+    const auto fault = FaultOfJpeg(std::string_view(bytes).substr(0, length));
+    ASSERT_TRUE(fault) << length;
+    EXPECT_EQ(fault->text, "is truncated") << length;
+  }
 }
 
 }  // namespace

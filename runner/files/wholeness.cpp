@@ -1,22 +1,11 @@
-#include "runner/image_check.h"
+#include "runner/files/wholeness.h"
 
-#include <cstring>
-
-#include "runner/files.h"
+#include "runner/files/bytes.h"
 
 namespace runner {
 namespace {
 
-constexpr const char* kTruncated = "is truncated";
-
-uint32_t Byte(std::string_view bytes, size_t at) { return static_cast<uint8_t>(bytes[at]); }
-uint32_t BigEndian16(std::string_view bytes, size_t at) {
-  return Byte(bytes, at) << 8 | Byte(bytes, at + 1);
-}
-uint32_t LittleEndian32(std::string_view bytes, size_t at) {
-  return Byte(bytes, at) | Byte(bytes, at + 1) << 8 | Byte(bytes, at + 2) << 16 |
-         Byte(bytes, at + 3) << 24;
-}
+Fault Truncated() { return {"is truncated", false}; }
 
 constexpr uint32_t kEndOfImage = 0xD9, kStartOfScan = 0xDA;
 
@@ -69,34 +58,58 @@ bool RunsComeToAnEnd(std::string_view bytes, size_t at, uint64_t width, uint64_t
   return false;
 }
 
+constexpr size_t kBmpHeaders = 54;
+
 // Uncompressed rows follow the header.
-std::optional<std::string> MissingFromBmp(const std::filesystem::path& path,
-                                          std::string_view header, uintmax_t size) {
-  constexpr size_t kFileHeader = 14, kInfoHeader = 40;
-  if (header.size() < kFileHeader + kInfoHeader) return std::nullopt;  // older kinds
+std::optional<Fault> FaultOfBmp(const FileContent& content) {
+  const std::string header = content.Beginning(kBmpHeaders);
+  const BmpSize size = SizeOfBmp(content);
+  constexpr size_t kSmallestHeaders = 26;  // of files from OS/2
+  if (header.size() < kSmallestHeaders) return Fault{"is truncated", true};
+  if (size.width == 0) return std::nullopt;
   const uint64_t start = LittleEndian32(header, 10);
-  if (LittleEndian32(header, kFileHeader) < kInfoHeader) return std::nullopt;
-  const uint64_t width = LittleEndian32(header, 18);
-  const int64_t signedHeight = static_cast<int32_t>(LittleEndian32(header, 22));
-  const auto height = static_cast<uint64_t>(signedHeight < 0 ? -signedHeight : signedHeight);
   const uint64_t bits = Byte(header, 28) | Byte(header, 29) << 8;
   const uint32_t compression = LittleEndian32(header, 30);
   bool whole = false;
   if (compression == 1 || compression == 2)
-    whole = RunsComeToAnEnd(ReadWholeFile(path), start, width, height, compression == 2);
+    whole = RunsComeToAnEnd(content.Beginning(kLargestFile), start, size.width, size.height,
+                            compression == 2);
   else
-    whole = start + (width * bits + 31) / 32 * 4 * height <= size;
-  return whole ? std::nullopt : std::optional<std::string>(kTruncated);
+    whole = start + (size.width * bits + 31) / 32 * 4 * size.height <= content.Size();
+  if (whole) return std::nullopt;
+  return Fault{"is truncated", true};
 }
 
-std::optional<std::string> MissingFromWebp(std::string_view header, uintmax_t size) {
-  if (header.size() < 12 || uint64_t{LittleEndian32(header, 4)} + 8 > size) return kTruncated;
+std::optional<Fault> FaultOfWebp(const FileContent& content) {
+  const std::string header = content.Beginning(12);
+  if (header.size() < 12 || uint64_t{LittleEndian32(header, 4)} + 8 > content.Size())
+    return Truncated();
   return std::nullopt;
+}
+
+// Chunks follow each other up to the one that ends the file.
+std::optional<Fault> FaultOfPng(const FileContent& content) {
+  constexpr uint64_t kSignature = 8, kAround = 12;  // a chunk's length, kind and checksum
+  for (uint64_t at = kSignature; at + kAround <= content.Size();) {
+    const std::string head = content.Part(at, 8);
+    if (head.size() < 8) break;
+    at += kAround + BigEndian32(head, 0);
+    if (std::string_view(head).substr(4) == "IEND" && at <= content.Size()) return std::nullopt;
+  }
+  return Truncated();
 }
 
 }  // namespace
 
-std::optional<std::string> MissingFromJpeg(std::string_view bytes) {
+BmpSize SizeOfBmp(const FileContent& content) {
+  constexpr size_t kFileHeader = 14, kInfoHeader = 40;
+  const std::string header = content.Beginning(kBmpHeaders);
+  if (header.size() < kBmpHeaders || LittleEndian32(header, kFileHeader) < kInfoHeader) return {};
+  const int64_t height = static_cast<int32_t>(LittleEndian32(header, 22));
+  return {LittleEndian32(header, 18), static_cast<uint64_t>(height < 0 ? -height : height)};
+}
+
+std::optional<Fault> FaultOfJpeg(std::string_view bytes) {
   uint64_t pixels = 0;
   uint64_t coded = 0;
   bool arithmetic = false;
@@ -105,13 +118,13 @@ std::optional<std::string> MissingFromJpeg(std::string_view bytes) {
     if (marker == kEndOfImage) {
       // Huffman codes spend at least one bit on each block of 64 pixels.
       if (!arithmetic && coded * 8 * 64 < pixels)
-        return "promises more pixels in its header than its data can hold";
+        return Fault{"promises more pixels in its header than its data can hold", true};
       return std::nullopt;
     }
     if (!StandsAlone(marker)) {
-      if (at + 2 > bytes.size()) return kTruncated;
+      if (at + 2 > bytes.size()) return Truncated();
       const size_t end = at + BigEndian16(bytes, at);
-      if (end > bytes.size()) return kTruncated;
+      if (end > bytes.size()) return Truncated();
       if (IsFrame(marker) && at + 7 <= end) {
         pixels = uint64_t{BigEndian16(bytes, at + 3)} * BigEndian16(bytes, at + 5);
         arithmetic = IsArithmetic(marker);
@@ -122,15 +135,15 @@ std::optional<std::string> MissingFromJpeg(std::string_view bytes) {
     if (marker == kStartOfScan && next != std::string_view::npos) coded += next - 1 - at;
     at = next;
   }
-  return kTruncated;
+  return Truncated();
 }
 
-std::optional<std::string> MissingFrom(const std::filesystem::path& path, std::string_view format) {
-  if (format == "jpeg") return MissingFromJpeg(ReadWholeFile(path));
-  if (format != "bmp" && format != "webp") return std::nullopt;
-  const std::string header = ReadBeginning(path, 54);
-  const uintmax_t size = std::filesystem::file_size(path);
-  return format == "bmp" ? MissingFromBmp(path, header, size) : MissingFromWebp(header, size);
+std::optional<Fault> FaultOf(const FileContent& content, const ImageFormat& format) {
+  if (format.name == "jpeg") return FaultOfJpeg(content.Beginning(kLargestFile));
+  if (format.name == "bmp") return FaultOfBmp(content);
+  if (format.name == "webp") return FaultOfWebp(content);
+  if (format.name == "png") return FaultOfPng(content);
+  return std::nullopt;
 }
 
 }  // namespace runner

@@ -1,0 +1,134 @@
+#include "runner/files/image_format.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace runner {
+namespace {
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower;
+}
+
+bool HasExtension(const ImageFormat& format, std::string_view extension) {
+  return std::find(format.extensions.begin(), format.extensions.end(), extension) !=
+         format.extensions.end();
+}
+
+std::string List(std::string_view ImageFormat::*what) {
+  std::string list;
+  const auto formats = ImageFormats();
+  for (size_t i = 0; i < formats.size(); ++i) {
+    if (i > 0) list += i + 1 == formats.size() ? " or " : ", ";
+    list += formats[i].*what;
+  }
+  return list;
+}
+
+}  // namespace
+
+std::span<const ImageFormat> ImageFormats() {
+  using Alpha = ImageFormat::Alpha;
+  using Pages = ImageFormat::Pages;
+  static const std::vector<ImageFormat> formats = {
+      {"png",
+       "PNG",
+       {".png", ".apng"},
+       "VipsForeignLoadPng",
+       "pngsave_target",
+       Pages::kOne,
+       Alpha::kStored},
+      {"jpeg",
+       "JPEG",
+       {".jpg", ".jpeg", ".jpe"},
+       "VipsForeignLoadJpeg",
+       "jpegsave_target",
+       Pages::kOne,
+       Alpha::kNone},
+      {"tiff",
+       "TIFF",
+       {".tif", ".tiff"},
+       "VipsForeignLoadTiff",
+       "tiffsave_target",
+       Pages::kSeveral,
+       Alpha::kStored},
+      {"webp",
+       "WebP",
+       {".webp"},
+       "VipsForeignLoadWebp",
+       "webpsave_target",
+       Pages::kSeveral,
+       Alpha::kStored},
+      {"gif",
+       "GIF",
+       {".gif"},
+       "VipsForeignLoadNsgif",
+       "gifsave_target",
+       Pages::kSeveral,
+       Alpha::kStored},
+      {"ppm",
+       "PPM",
+       {".ppm", ".pgm", ".pbm", ".pnm"},
+       "VipsForeignLoadPpm",
+       "ppmsave_target",
+       Pages::kOne,
+       Alpha::kNone},
+      {"bmp",
+       "BMP",
+       {".bmp"},
+       "VipsForeignLoadMagick",
+       "magicksave_buffer",
+       Pages::kOne,
+       Alpha::kNone},
+      {"heic",
+       "HEIC",
+       {".heic", ".heif"},
+       "VipsForeignLoadHeif",
+       "heifsave_target",
+       Pages::kOne,
+       Alpha::kStored},
+      {"avif",
+       "AVIF",
+       {".avif"},
+       "VipsForeignLoadHeif",
+       "heifsave_target",
+       Pages::kOne,
+       Alpha::kStored},
+      {"jxl",
+       "JPEG XL",
+       {".jxl"},
+       "VipsForeignLoadJxl",
+       "jxlsave_target",
+       Pages::kOne,
+       Alpha::kStored},
+      {"jp2",
+       "JPEG 2000",
+       {".jp2", ".j2k", ".j2c", ".jpc"},
+       "VipsForeignLoadJp2k",
+       "jp2ksave_target",
+       Pages::kOne,
+       Alpha::kStored},
+  };
+  return formats;
+}
+
+const ImageFormat* FormatCalled(std::string_view name) {
+  const std::string lower = Lower(name);
+  for (const ImageFormat& format : ImageFormats())
+    if (format.name == lower || HasExtension(format, "." + lower)) return &format;
+  return nullptr;
+}
+
+const ImageFormat* FormatByExtension(const std::filesystem::path& path) {
+  const std::string extension = Lower(path.extension().native());
+  for (const ImageFormat& format : ImageFormats())
+    if (HasExtension(format, extension)) return &format;
+  return nullptr;
+}
+
+std::string FormatTitles() { return List(&ImageFormat::title); }
+std::string FormatNames() { return List(&ImageFormat::name); }
+
+}  // namespace runner
