@@ -16,7 +16,7 @@ std::string DoFileJob(const FileJob& job, const std::vector<Statement>& statemen
           Shown(job.file.native()) + ": " + result.name + " = " + Describe(result.operand) + "\n";
   OutputFile output(job.output);
   EncodePicture(*session->Current(), format, &output);
-  output.Commit();
+  output.Commit(OutputFile::Folder::kLeftToCaller);
   return printed;
 }
 

@@ -17,8 +17,8 @@ struct FileJob {
 };
 
 // Does the job, from reading to the result's place, and gives what the expressions print, a line
-// each. The result appears whole or not at all. `session` is the host's; it starts over. Throws
-// Failure.
+// each. The result appears whole or not at all; its folder is the caller's to flush. `session` is
+// the host's; it starts over. Throws Failure.
 std::string DoFileJob(const FileJob& job, const std::vector<Statement>& statements,
                       host::Host& host, const ImageOptions& images, Session* session);
 

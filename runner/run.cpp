@@ -14,9 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// An open descriptor has a format only by its name: what is behind it, even a file with an
+// extension, was chosen by someone else.
+std::string FormatOfOutput(const fs::path& path) {
+  return OutputFile::IsDirect(path) && !HasImageExtension(path) ? "png" : FormatFor(path);
+}
+
 // A file whose content is complete and that only needs its place.
 OutputFile Stage(const fs::path& path, const host::Picture& picture) {
-  const std::string format = FormatFor(path);
+  const std::string format = FormatOfOutput(path);
   OutputFile file(path);
   EncodePicture(picture, format, &file);
   return file;
@@ -61,7 +67,7 @@ host::Ref<host::Picture> OpenPhoto(const Options& options, const HostSetup& setu
 
 int RunRun(const Options& options) {
   const std::vector<Statement> statements = ParseAll(options.expressions);
-  if (!options.output.empty()) FormatFor(options.output);
+  if (!options.output.empty()) FormatOfOutput(options.output);
   const HostSetup setup = StartHost(options);
   Session session(*setup.host, setup.images);
   std::vector<std::string> names;
@@ -92,7 +98,7 @@ int RunRun(const Options& options) {
     files.push_back(Stage(path, *operand, name));
   }
   if (!printed.empty()) Print(printed);
-  for (OutputFile& file : files) file.Commit();
+  OutputFile::CommitAll(files);
   return 0;
 }
 
