@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -61,6 +62,12 @@ ssize_t pwrite(int file, const void* bytes, size_t count, off_t offset) {
 int rename(const char* from, const char* to) noexcept {
   return runner::LetThrough("rename", from)
              ? int(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0))
+             : -1;
+}
+
+int fsetxattr(int file, const char* name, const void* value, size_t size, int flags) noexcept {
+  return runner::LetThrough("fsetxattr", file)
+             ? int(::syscall(SYS_fsetxattr, file, name, value, size, flags))
              : -1;
 }
 

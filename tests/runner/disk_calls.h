@@ -10,7 +10,7 @@
 namespace runner {
 
 struct DiskCall {
-  std::string name;  // fsync, pwrite, rename or unlink
+  std::string name;  // fsync, pwrite, rename, unlink or fsetxattr
   ino_t inode = 0;   // of the file; of the one that is renamed
 
   bool operator==(const DiskCall&) const = default;

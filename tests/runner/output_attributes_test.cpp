@@ -2,6 +2,9 @@
 #include <grp.h>
 #include <sys/xattr.h>
 
+#include <cerrno>
+
+#include "tests/runner/disk_calls.h"
 #include "tests/runner/output_file_fixture.h"
 
 namespace runner {
@@ -142,6 +145,30 @@ TEST_F(OutputAttributes, AccessListsAreKept) {
   Put(At("out"), "after");
   EXPECT_EQ(Attribute(At("out"), kAccessList), list);
   EXPECT_EQ(ModeOf(At("out")), mode);
+}
+
+TEST_F(OutputAttributes, AnAccessListThatCannotBeKeptLeavesRightsToTheOwnerAlone) {
+  WriteWithMode("out", 0664);
+  if (!SetAttribute(At("out"), kAccessList, AccessList(kSomeone, {6, 6, 4, 6, 4})))
+    GTEST_SKIP() << "none on this file system";
+  ASSERT_EQ(ModeOf(At("out")), 0664U);
+  const WatchedDisk disk([](const DiskCall& call) { return call.name == "fsetxattr" ? EPERM : 0; });
+  Put(At("out"), "after");
+  EXPECT_EQ(ReadBytes(At("out")), "after");
+  EXPECT_EQ(Attribute(At("out"), kAccessList), "(none)");
+  EXPECT_EQ(ModeOf(At("out")), 0600U);
+}
+
+TEST_F(OutputAttributes, AttributesThatFindNoRoomLeaveTheOldFile) {
+  WriteWithMode("out", 0644);
+  if (!SetAttribute(At("out"), "user.comment", "mine")) GTEST_SKIP() << "none on this file system";
+  const WatchedDisk disk(
+      [](const DiskCall& call) { return call.name == "fsetxattr" ? ENOSPC : 0; });
+  EXPECT_EQ(ErrorOf([&] { Put(At("out"), "after"); }),
+            "can't write '" + At("out") + "': No space left on device");
+  EXPECT_EQ(ReadBytes(At("out")), "before");
+  EXPECT_EQ(Attribute(At("out"), "user.comment"), "mine");
+  EXPECT_EQ(Names(), std::vector<std::string>{"out"});
 }
 
 TEST_F(OutputAttributes, AFileWithoutAccessListGetsNoneFromItsFolder) {

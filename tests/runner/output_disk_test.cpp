@@ -1,8 +1,13 @@
 // What reaches the disk in which order, and what is there when that is cut short.
+#include <fcntl.h>
+
 #include <cerrno>
 #include <csignal>
 #include <set>
+#include <sstream>
 
+#include "places.h"
+#include "runner/commands.h"
 #include "tests/runner/disk_calls.h"
 #include "tests/runner/output_file_fixture.h"
 
@@ -104,6 +109,39 @@ TEST_F(OutputDisk, TheFolderCanBeLeftToTheCaller) {
   EXPECT_EQ(calls, (Calls{{"fsync", Inode("sub/real")},
                           {"rename", Inode("sub/real")},
                           {"fsync", Inode("sub")}}));
+}
+
+// The program itself, in a process of its own; its workers are processes, too.
+TEST_F(OutputDisk, ABatchFlushesEachFileOnceAndItsFolderAtTheEnd) {
+  std::vector<std::string> words = {"picturehost", "batch",        "InvertKRT", "-j",         "1",
+                                    "--plugin",    PICTURE_PLUGIN, "-d",        At("new/out")};
+  for (const std::string name : {"a.png", "b.png"}) {
+    Save(Noise(5, 5), At(name), "png");
+    words.push_back(At(name));
+  }
+  std::vector<const char*> pointers;
+  for (const std::string& word : words) pointers.push_back(word.c_str());
+  const int status = StatusOfChild([&] {
+    const int list = ::open(At("calls").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    ::dup2(::open("/dev/null", O_WRONLY), 1);
+    const WatchedDisk disk([&](const DiskCall& call) {
+      if (call.name == "unlink") return 0;
+      const std::string line = call.name + " " + std::to_string(call.inode) + "\n";
+      return ::write(list, line.data(), line.size()) < 0 ? errno : 0;
+    });
+    return Main(int(pointers.size()), pointers.data()) == 0;
+  });
+  EXPECT_EQ(status, 0);
+  std::ostringstream expected;
+  for (const DiskCall& call : Calls{{"fsync", Inode("new")},
+                                    {"fsync", Inode(".")},
+                                    {"fsync", Inode("new/out/a.png")},
+                                    {"rename", Inode("new/out/a.png")},
+                                    {"fsync", Inode("new/out/b.png")},
+                                    {"rename", Inode("new/out/b.png")},
+                                    {"fsync", Inode("new/out")}})
+    expected << call << "\n";
+  EXPECT_EQ(ReadBytes(At("calls")), expected.str());
 }
 
 TEST_F(OutputDisk, AFileWithSeveralNamesIsCopiedBeforeItIsWrittenOver) {
