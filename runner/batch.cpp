@@ -24,6 +24,7 @@ volatile sig_atomic_t interruptedBy = 0;
 extern "C" void NoteInterrupt(int signal) { interruptedBy = signal; }
 
 // While this lives, SIGINT, SIGTERM and SIGHUP are only noted, and only where signals are let in.
+// One that is ignored stays ignored.
 class NotedSignals {
  public:
   NotedSignals() {
@@ -32,6 +33,7 @@ class NotedSignals {
     sigset_t blocked;
     sigemptyset(&blocked);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      if (OutputFile::IsIgnored(signal)) continue;
       ::sigaction(signal, &action, nullptr);
       sigaddset(&blocked, signal);
     }
@@ -56,7 +58,7 @@ std::vector<FileJob> PlanJobs(const Options& options) {
   for (const fs::path& file : options.files) {
     fs::path output = options.outputFolder / file.filename();
     if (!options.format.empty())
-      output.replace_extension(FormatCalled(options.format)->extensions[0]);
+      output.replace_extension(options.format);
     const auto [other, added] = sources.emplace(output, file);
     if (!added)
       throw Failure(Quoted(other->second.native()) + " and " + Quoted(file.native()) +
@@ -71,10 +73,16 @@ std::vector<FileJob> PlanJobs(const Options& options) {
 
 void MakeFolder(const fs::path& folder) {
   std::error_code error;
+  std::vector<fs::path> missing;
+  for (fs::path each = fs::absolute(folder, error); !each.empty() && !fs::exists(each, error);
+       each = each.parent_path())
+    missing.push_back(each);
   fs::create_directories(folder, error);
   if (!fs::is_directory(folder))
     throw Failure("can't make the folder " + Quoted(folder.native()) + ": " +
                   (fs::exists(folder) ? "a file has that name" : error.message()));
+  // A power cut must not take the folder away with all that was written to it.
+  for (const fs::path& each : missing) OutputFile::FlushFolder(each.parent_path());
 }
 
 struct Tally {
@@ -145,6 +153,7 @@ int RunBatch(const Options& options) {
   const Tally tally = Work(jobs, static_cast<size_t>(options.jobs), [&](size_t task) {
     return DoFileJob(jobs[task], common, *setup.host, &session);
   });
+  if (tally.written > 0) OutputFile::FlushFolder(options.outputFolder);
   if (interruptedBy != 0) {
     std::cerr << "picturehost: interrupted, " + std::to_string(tally.written + tally.failed) +
                      " of " + std::to_string(jobs.size()) +

@@ -62,7 +62,7 @@ std::string DoFileJob(const FileJob& job, const JobOptions& options, host::Host&
   OutputFile output(name.path);
   EncodePages(pages, name.encoding, &reader.FileOrigin(), options.save,
               [&](const void* bytes, size_t count) { output.Write(bytes, count); });
-  output.Commit();
+  output.Commit(OutputFile::Folder::kLeftToCaller);
   return printed;
 }
 

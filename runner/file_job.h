@@ -45,7 +45,8 @@ struct JobOptions {
 };
 
 // Does the job, from reading to the result's place, and gives what the expressions print, a line
-// each. The result appears whole or not at all. Throws Failure.
+// each. The result appears whole or not at all; its folder is the caller's to flush. Throws
+// Failure.
 std::string DoFileJob(const FileJob& job, const JobOptions& options, host::Host& host,
                       Session* session);
 

@@ -24,7 +24,7 @@ NAME = VALUE, results by reference with the names of their parameters; these, an
 assigned, can be used from then on. Constants: 12, -0.5, true, nil, "text", &c274C5A.
 
 Files in expressions:
-  picture("f")       PNG, JPEG, TIFF, WebP or BMP
+  picture("f")       a picture, of several pages the first
   memoryblock("f")   the bytes of a file; string("f") the same as a string
   cube("f.cube")     a colour table for PictureLut3DKRT
   samples("f.wav")   a sound file for RenderSamplesKRT, with the Bits and SampleCount that go
@@ -39,7 +39,9 @@ Examples:
   picturehost run --no-picture -o wave.png \
       'RenderSamplesKRT(samples("speech.wav"), 0, 1, 800, 200, 1, AutoScale = true)'
 
-The format of FILE is that of its extension. What can't be done is one line on standard error, and
+The format of FILE is that of its extension; "out.jpg[Q=95,interlace]" has options of libvips for
+it. Every page or frame of PHOTO is a picture of its own, and all are saved together. What the file
+says, its EXIF, XMP, IPTC, profile, comments and resolution, is kept. What can't be done is one line on standard error, and
 then nothing is written. Names that begin with a dash go after --.)";
 
 inline constexpr const char* kBatchHelp =

@@ -93,10 +93,9 @@ void AddFileOptions(CLI::App* command, Raw* raw) {
 
   const std::string writing = "How files are saved";
   command
-      ->add_option("-f,--format", options.format, "Instead of that of the name: " + FormatNames())
-      ->check([](const std::string& name) {
-        return FormatCalled(name) == nullptr ? "there is no format " + Quoted(name) : std::string();
-      })
+      ->add_option("-f,--format", options.format,
+                   "The format of the outputs; otherwise that of their names")
+      ->check(CLI::IsMember(FormatNames(), CLI::ignore_case))
       ->type_name("NAME")
       ->group(writing);
   command

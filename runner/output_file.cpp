@@ -1,6 +1,7 @@
 #include "runner/output_file.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,11 +11,17 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <random>
+#include <set>
 #include <utility>
 
+#include "runner/disk.h"
 #include "runner/failure.h"
+#include "runner/file_attributes.h"
+#include "runner/links.h"
 #include "runner/names.h"
+#include "runner/write_over.h"
 
 namespace runner {
 namespace {
@@ -37,6 +44,10 @@ std::string TemporaryName(pid_t process, int slot) {
          std::to_string(slot) + ".part";
 }
 
+std::string FolderProblem(const fs::path& folder, int error) {
+  return "can't flush the folder " + Quoted(folder.native()) + ": " + std::strerror(error);
+}
+
 extern "C" void RemoveUnfinished(int signal) {
   for (size_t i = 0; i < kSlots; ++i)
     if (taken[i] != 0) ::unlink(unfinished[i]);
@@ -46,36 +57,55 @@ extern "C" void RemoveUnfinished(int signal) {
 
 }  // namespace
 
-OutputFile::OutputFile(const fs::path& targetPath) : target(targetPath), destination(targetPath) {
-  std::error_code error;
+OutputFile::OutputFile(const fs::path& targetPath) : target(targetPath) {
+  struct stat before {};
+  const bool exists = ::stat(target.c_str(), &before) == 0;
+  if (!exists && errno != ENOENT) Fail(errno);
   if (target.empty()) Fail(ENOENT);
-  const fs::file_status status = fs::status(target, error);
-  if (status.type() == fs::file_type::directory) Fail(EISDIR);
-  if (fs::exists(status) && status.type() != fs::file_type::regular) {
+  if (const std::optional<int> descriptor = DescriptorBehind(target)) {
+    OpenDescriptor(*descriptor);
+    return;
+  }
+  if (exists && S_ISDIR(before.st_mode)) Fail(EISDIR);
+  if (exists && !S_ISREG(before.st_mode)) {
     file = ::open(target.c_str(), O_WRONLY | O_CLOEXEC);
     if (file < 0) Fail(errno);
     return;
   }
-  if (fs::exists(status)) {
-    // Replacing needs no right to the file itself; who took that right away meant it.
-    if (::access(target.c_str(), W_OK) != 0) Fail(errno);
-    destination = fs::canonical(target, error);
-    if (error) Fail(error.value());
-  }
+  destination = EndOfLinks(target);
+  if (destination.empty()) Fail(ELOOP);
+  // Replacing needs no right to the file itself; who took that right away meant it. A file that is
+  // written over is copied before.
+  const int needed = before.st_nlink > 1 ? R_OK | W_OK : W_OK;
+  if (exists && ::access(destination.c_str(), needed) != 0) Fail(errno);
+  OpenTemporary(exists);
+}
+
+void OutputFile::OpenDescriptor(int number) {
+  const int flags = ::fcntl(number, F_GETFL);
+  if (flags < 0 || (flags & O_ACCMODE) == O_RDONLY) Fail(EBADF);
+  file = ::fcntl(number, F_DUPFD_CLOEXEC, 0);
+  if (file < 0) Fail(errno);
+}
+
+// Private: until it has the rights of the file whose place it takes, only the owner has any.
+void OutputFile::OpenTemporary(bool isPrivate) {
   for (slot = 0; slot < kSlots && taken[static_cast<size_t>(slot)] != 0; ++slot) {
   }
-  if (slot == kSlots) Fail(EMFILE);
-  const fs::path folder = destination.has_parent_path() ? destination.parent_path() : ".";
+  if (slot == kSlots) {
+    slot = -1;
+    Fail(EMFILE);
+  }
+  const fs::path folder = FolderOf(destination);
   temporary = (folder / TemporaryName(::getpid(), slot)).native();
   if (temporary.size() >= PATH_MAX) Fail(ENAMETOOLONG);
   // The name must be possible, or all the work would be for nothing.
-  const long longest = ::pathconf(folder.c_str(), _PC_NAME_MAX);
-  if (longest > 0 && destination.filename().native().size() > static_cast<size_t>(longest))
-    Fail(ENAMETOOLONG);
+  if (destination.filename().native().size() > LongestName(folder)) Fail(ENAMETOOLONG);
   std::memcpy(unfinished[static_cast<size_t>(slot)], temporary.c_str(), temporary.size() + 1);
   ::unlink(temporary.c_str());  // of a process that had the same number and was killed
   taken[static_cast<size_t>(slot)] = 1;
-  file = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  file =
+      ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, isPrivate ? 0600 : 0666);
   if (file < 0) Fail(errno);
 }
 
@@ -83,6 +113,7 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
     : target(std::move(other.target)),
       destination(std::move(other.destination)),
       temporary(std::exchange(other.temporary, {})),
+      hasSeveralNames(other.hasSeveralNames),
       file(std::exchange(other.file, -1)),
       slot(std::exchange(other.slot, -1)) {}
 
@@ -95,9 +126,9 @@ void OutputFile::Close() {
   if (slot >= 0) taken[static_cast<size_t>(std::exchange(slot, -1))] = 0;
 }
 
-void OutputFile::Fail(int error) {
+void OutputFile::Fail(int error, const std::string& advice) {
   Close();
-  throw Failure("can't write " + Quoted(target.native()) + ": " + std::strerror(error));
+  throw Failure("can't write " + Quoted(target.native()) + ": " + std::strerror(error) + advice);
 }
 
 void OutputFile::Write(const void* bytes, size_t count) {
@@ -105,24 +136,82 @@ void OutputFile::Write(const void* bytes, size_t count) {
   while (count > 0) {
     const ssize_t written = ::write(file, next, count);
     if (written < 0 && errno == EINTR) continue;
+    if (written < 0 && errno == EAGAIN) {
+      // Who gave the descriptor made it so that it doesn't wait.
+      pollfd room{file, POLLOUT, 0};
+      ::poll(&room, 1, -1);
+      continue;
+    }
     if (written < 0) Fail(errno);
     next += written;
     count -= static_cast<size_t>(written);
   }
 }
 
-void OutputFile::Commit() {
+// All that can fail before anything is changed.
+void OutputFile::Complete() {
   if (!temporary.empty()) {
-    // Rights and owner stay what they were; a file system that has no such thing is not an error.
     struct stat before {};
-    if (::stat(destination.c_str(), &before) == 0)
-      static_cast<void>(::fchmod(file, before.st_mode & 07777));
+    hasSeveralNames =
+        ::stat(destination.c_str(), &before) == 0 && S_ISREG(before.st_mode) && before.st_nlink > 1;
+    if (!hasSeveralNames)
+      if (const int error = KeepAttributes(destination, file)) Fail(error);
   }
+  if (const int error = Flush(file)) Fail(error);
   if (::close(std::exchange(file, -1)) != 0) Fail(errno);  // network disks report here
+}
+
+void OutputFile::TakePlace() {
   if (temporary.empty()) return;
+  if (hasSeveralNames) {
+    std::string copy;
+    if (const int error = WriteOver(temporary, destination, &copy))
+      Fail(error, copy.empty() ? "" : "; what was in it is in " + Quoted(copy));
+    return Close();
+  }
   if (::rename(temporary.c_str(), destination.c_str()) != 0) Fail(errno);
   temporary.clear();
-  taken[static_cast<size_t>(std::exchange(slot, -1))] = 0;
+  Close();
+}
+
+void OutputFile::Commit(Folder folder) { CommitAll({this, 1}, folder); }
+
+void OutputFile::CommitAll(std::span<OutputFile> files, Folder folder) {
+  size_t placed = 0;
+  std::string problem;
+  try {
+    for (OutputFile& file : files) file.Complete();
+    for (; placed < files.size(); ++placed) files[placed].TakePlace();
+  } catch (const Failure& failure) {
+    problem = failure.what();
+  }
+  std::set<fs::path> folders;
+  for (const OutputFile& file : files.first(placed)) {
+    if (!problem.empty())
+      problem +=
+          (&file == files.data() ? "; already written: " : ", ") + Quoted(file.target.native());
+    if (file.destination.empty()) continue;
+    const fs::path itsFolder = FolderOf(file.destination);
+    if (folder == Folder::kFlushed || itsFolder != FolderOf(file.target)) folders.insert(itsFolder);
+  }
+  for (OutputFile& file : files.subspan(placed)) file.Close();
+  for (const fs::path& each : folders) {
+    const int error = runner::FlushFolder(each);
+    if (error != 0 && problem.empty()) problem = FolderProblem(each, error);
+  }
+  if (!problem.empty()) throw Failure(problem);
+}
+
+void OutputFile::FlushFolder(const fs::path& folder) {
+  if (const int error = runner::FlushFolder(folder)) throw Failure(FolderProblem(folder, error));
+}
+
+bool OutputFile::IsDirect(const fs::path& target) {
+  std::error_code ignored;
+  const fs::file_status status = fs::status(target, ignored);
+  return (fs::exists(status) && status.type() != fs::file_type::regular &&
+          status.type() != fs::file_type::directory) ||
+         DescriptorBehind(target);
 }
 
 void OutputFile::CleanUpOnSignals() {
@@ -130,9 +219,15 @@ void OutputFile::CleanUpOnSignals() {
   action.sa_handler = RemoveUnfinished;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigfillset(&action.sa_mask);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    if (!IsIgnored(signal)) ::sigaction(signal, &action, nullptr);
   action.sa_handler = SIG_IGN;
   ::sigaction(SIGXFSZ, &action, nullptr);
+}
+
+bool OutputFile::IsIgnored(int signal) {
+  struct sigaction action {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 void OutputFile::RemoveLeftovers(const fs::path& folder, pid_t process) {

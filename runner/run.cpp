@@ -20,8 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Files whose content is complete and that only need their place.
-
+// A file whose content is complete and that only needs its place.
 OutputFile Stage(const OutputName& name, std::span<const Page> pages, const Origin* origin,
                  const SaveOptions& options) {
   OutputFile file(name.path);
@@ -125,7 +124,7 @@ int RunRun(const Options& options) {
     std::cerr << printed;
   else if (!printed.empty())
     Print(printed);
-  for (OutputFile& file : files) file.Commit();
+  OutputFile::CommitAll(files);
   return 0;
 }
 

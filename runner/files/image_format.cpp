@@ -17,16 +17,6 @@ bool HasExtension(const ImageFormat& format, std::string_view extension) {
          format.extensions.end();
 }
 
-std::string List(std::string_view ImageFormat::*what) {
-  std::string list;
-  const auto formats = ImageFormats();
-  for (size_t i = 0; i < formats.size(); ++i) {
-    if (i > 0) list += i + 1 == formats.size() ? " or " : ", ";
-    list += formats[i].*what;
-  }
-  return list;
-}
-
 }  // namespace
 
 std::span<const ImageFormat> ImageFormats() {
@@ -128,7 +118,24 @@ const ImageFormat* FormatByExtension(const std::filesystem::path& path) {
   return nullptr;
 }
 
-std::string FormatTitles() { return List(&ImageFormat::title); }
-std::string FormatNames() { return List(&ImageFormat::name); }
+std::string FormatTitles() {
+  std::string titles;
+  const auto formats = ImageFormats();
+  for (const ImageFormat& format : formats) {
+    if (!titles.empty()) titles += &format == &formats.back() ? " or " : ", ";
+    titles += format.title;
+  }
+  return titles;
+}
+
+std::vector<std::string> FormatNames() {
+  std::vector<std::string> names;
+  for (const ImageFormat& format : ImageFormats()) {
+    names.emplace_back(format.name);
+    for (const std::string_view extension : format.extensions)
+      if (extension.substr(1) != format.name) names.emplace_back(extension.substr(1));
+  }
+  return names;
+}
 
 }  // namespace runner

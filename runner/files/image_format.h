@@ -33,7 +33,7 @@ const ImageFormat* FormatByExtension(const std::filesystem::path& path);
 
 // "PNG, JPEG, ... or JPEG 2000".
 std::string FormatTitles();
-// "png, jpeg, ... or jp2".
-std::string FormatNames();
+// Everything that FormatCalled knows: names, then extensions.
+std::vector<std::string> FormatNames();
 
 }  // namespace runner

@@ -13,6 +13,7 @@
 #include "runner/files/vips_library.h"
 #include "runner/files/xmp.h"
 #include "runner/names.h"
+#include "runner/output_file.h"
 
 namespace runner {
 namespace {
@@ -389,10 +390,7 @@ OutputName OutputNamed(const std::string& text, const ImageFormat* format) {
   }
   if (name.encoding.format == nullptr) name.encoding.format = FormatByExtension(name.path);
   if (name.encoding.format != nullptr) return name;
-  std::error_code ignored;
-  const fs::file_status status = fs::status(name.path, ignored);
-  if (fs::exists(status) && status.type() != fs::file_type::regular &&
-      status.type() != fs::file_type::directory) {
+  if (OutputFile::IsDirect(name.path)) {
     name.encoding.format = FormatCalled("png");
     return name;
   }

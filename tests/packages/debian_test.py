@@ -89,6 +89,8 @@ class ManPageTest(unittest.TestCase):
             wants = self.options_below(text, f"Options of {command}") | common
             if command == "list":
                 wants.remove("--layout")
+            else:
+                wants |= self.options_below(text, "How files are opened and saved")
             self.assertEqual(wants, has, command)
 
     @staticmethod

@@ -206,6 +206,28 @@ TEST_F(Batch, AnInterruptLeavesWholeFilesAndCanBeTakenUpAgain) {
   ExpectInverted("last.png", "out/last.png");
 }
 
+TEST_F(Batch, ASignalThatIsIgnoredDoesNotInterrupt) {
+  SaveSlow("slow.bmp");
+  Save(Noise(8, 8), scratch / "last.png", "png");
+  for (const int signal : {SIGHUP, SIGINT}) {
+    Surroundings around = Here();
+    around.ignored = signal;
+    Program program(
+        {"batch", "InvertKRT", "slow.bmp", "last.png", "-d", "out", "-f", "png", "-j", "1"},
+        around);
+    ASSERT_TRUE(WaitForUnfinished("out"));
+    const std::vector<pid_t> workers = program.Children();
+    ASSERT_EQ(workers.size(), 1U);
+    ::kill(workers[0], signal);
+    ::kill(program.Process(), signal);
+    const Finished finished = program.Wait();
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.err, "");
+    EXPECT_EQ(finished.out, "2 written to out\n");
+    fs::remove_all(scratch / "out");
+  }
+}
+
 TEST_F(Batch, WorkersDoNotOutliveTheProgram) {
   SaveSlow("slow.bmp");
   Program program({"batch", "InvertKRT", "slow.bmp", "-d", "out", "-f", "png", "-j", "1"}, Here());

@@ -1,90 +1,52 @@
 #include "runner/output_file.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <csignal>
-#include <functional>
 
-#include "runner/failure.h"
-#include "tests/runner/images.h"
-#include "tests/runner/scratch.h"
+#include "tests/runner/output_file_fixture.h"
 
 namespace runner {
 namespace {
 
 namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
 
-size_t FilesIn(const fs::path& folder) {
-  return size_t(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
-}
-
-void WriteText(OutputFile* file, const std::string& text) { file->Write(text.data(), text.size()); }
-
-std::string ErrorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Failure& failure) {
-    return failure.what();
-  }
-  return "(no error)";
-}
-
-TEST(OutputFile, TakesItsPlaceOnlyWhenCommitted) {
-  const Scratch scratch;
-  WriteBytes(scratch / "out", "before");
+TEST_F(OutputFiles, TakesItsPlaceOnlyWhenCommitted) {
+  WriteBytes(At("out"), "before");
   {
-    OutputFile file(scratch / "out");
+    OutputFile file(At("out"));
     WriteText(&file, "after");
-    EXPECT_EQ(ReadBytes(scratch / "out"), "before");
+    EXPECT_EQ(ReadBytes(At("out")), "before");
   }
-  EXPECT_EQ(ReadBytes(scratch / "out"), "before");
-  EXPECT_EQ(FilesIn(scratch.Folder()), 1U);
+  EXPECT_EQ(ReadBytes(At("out")), "before");
+  EXPECT_EQ(Names(), Texts{"out"});
   {
-    OutputFile file(scratch / "out");
+    OutputFile file(At("out"));
     WriteText(&file, "af");
     OutputFile moved(std::move(file));
     WriteText(&moved, "ter");
     moved.Commit();
   }
-  EXPECT_EQ(ReadBytes(scratch / "out"), "after");
-  EXPECT_EQ(FilesIn(scratch.Folder()), 1U);
+  EXPECT_EQ(ReadBytes(At("out")), "after");
+  EXPECT_EQ(Names(), Texts{"out"});
 }
 
-TEST(OutputFile, SeveralAtOnceDoNotMeet) {
-  const Scratch scratch;
-  OutputFile one(scratch / "one"), two(scratch / "two");
+TEST_F(OutputFiles, SeveralAtOnceDoNotMeet) {
+  OutputFile one(At("one")), two(At("two"));
   WriteText(&one, "1");
   WriteText(&two, "2");
   two.Commit();
   one.Commit();
-  EXPECT_EQ(ReadBytes(scratch / "one"), "1");
-  EXPECT_EQ(ReadBytes(scratch / "two"), "2");
+  EXPECT_EQ(ReadBytes(At("one")), "1");
+  EXPECT_EQ(ReadBytes(At("two")), "2");
 }
 
-TEST(OutputFile, FollowsLinksAndKeepsRights) {
-  const Scratch scratch;
-  WriteBytes(scratch / "real", "before");
-  ::chmod((scratch / "real").c_str(), 0640);
-  fs::create_symlink("real", scratch / "link");
-  OutputFile file(scratch / "link");
-  WriteText(&file, "after");
-  file.Commit();
-  EXPECT_TRUE(fs::is_symlink(scratch / "link"));
-  EXPECT_EQ(ReadBytes(scratch / "real"), "after");
-  EXPECT_EQ(fs::status(scratch / "real").permissions(), fs::perms(0640));
-}
-
-TEST(OutputFile, SaysWhyItCannotBeWritten) {
-  const Scratch scratch;
-  EXPECT_EQ(ErrorOf([&] { OutputFile(scratch / "no/out"); }),
-            "can't write '" + (scratch / "no/out") + "': No such file or directory");
+TEST_F(OutputFiles, SaysWhyItCannotBeWritten) {
+  EXPECT_EQ(ErrorOf([&] { OutputFile{At("no/out")}; }),
+            "can't write '" + At("no/out") + "': No such file or directory");
   EXPECT_EQ(ErrorOf([&] { OutputFile(scratch.Folder()); }),
             "can't write '" + scratch.Folder().native() + "': Is a directory");
-  EXPECT_EQ(ErrorOf([&] { OutputFile{scratch / std::string(300, 'x')}; }),
-            "can't write '" + (scratch / std::string(300, 'x')) + "': File name too long");
+  EXPECT_EQ(ErrorOf([&] { OutputFile{At(std::string(300, 'x'))}; }),
+            "can't write '" + At(std::string(300, 'x')) + "': File name too long");
   EXPECT_EQ(ErrorOf([] { OutputFile{""}; }), "can't write '': No such file or directory");
   EXPECT_EQ(ErrorOf([] {
               OutputFile full("/dev/full");
@@ -92,43 +54,68 @@ TEST(OutputFile, SaysWhyItCannotBeWritten) {
             }),
             "can't write '/dev/full': No space left on device");
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
-  EXPECT_EQ(FilesIn(scratch.Folder()), 0U);
+  EXPECT_EQ(Names(), Texts{});
 }
 
-TEST(OutputFile, ASignalLeavesNothingBehind) {
-  const Scratch scratch;
-  WriteBytes(scratch / "out", "before");
+TEST_F(OutputFiles, OnlySoManyAreOpenAtATime) {
+  std::vector<OutputFile> files;
+  for (int i = 0; i < 64; ++i) files.emplace_back(At(std::to_string(i)));
+  EXPECT_EQ(ErrorOf([&] { OutputFile{At("more")}; }),
+            "can't write '" + At("more") + "': Too many open files");
+  files[40].Commit();
+  Put(At("more"), "text");
+  OutputFile::CommitAll({files.data(), 40});
+  OutputFile::CommitAll({files.data() + 41, 23});
+  EXPECT_EQ(Names().size(), 65U);
+  EXPECT_EQ(Unfinished(), "(none)");
+}
+
+TEST_F(OutputFiles, ASignalLeavesNothingBehind) {
+  WriteBytes(At("out"), "before");
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    const pid_t child = ::fork();
-    if (child == 0) {
+    const int status = StatusOfChild([&] {
+      ::signal(signal, SIG_DFL);
       OutputFile::CleanUpOnSignals();
-      OutputFile file(scratch / "out");
+      OutputFile file(At("out"));
       WriteText(&file, "half");
-      if (FilesIn(scratch.Folder()) == 2) ::raise(signal);
-      ::_exit(1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
+      if (Names().size() == 2) ::raise(signal);
+      return false;
+    });
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), signal);
-    EXPECT_EQ(FilesIn(scratch.Folder()), 1U);
-    EXPECT_EQ(ReadBytes(scratch / "out"), "before");
+    EXPECT_EQ(Names(), Texts{"out"});
+    EXPECT_EQ(ReadBytes(At("out")), "before");
   }
 }
 
-TEST(OutputFile, WhatAKilledProcessLeftCanBeRemoved) {
-  const Scratch scratch;
+TEST_F(OutputFiles, ASignalThatIsIgnoredStaysIgnored) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const int status = StatusOfChild([&] {
+      ::signal(signal, SIG_IGN);
+      OutputFile::CleanUpOnSignals();
+      OutputFile file(At("out"));
+      WriteText(&file, "text");
+      ::raise(signal);
+      file.Commit();
+      return true;
+    });
+    EXPECT_EQ(status, 0) << signal;
+    EXPECT_EQ(ReadBytes(At("out")), "text");
+    fs::remove(At("out"));
+  }
+}
+
+TEST_F(OutputFiles, WhatAKilledProcessLeftCanBeRemoved) {
   const pid_t child = ::fork();
   if (child == 0) {
-    OutputFile file(scratch / "out");
+    OutputFile file(At("out"));
     WriteText(&file, "half");
     ::raise(SIGKILL);
   }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  EXPECT_EQ(FilesIn(scratch.Folder()), 1U);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(Names().size(), 1U);
   OutputFile::RemoveLeftovers(scratch.Folder(), child);
-  EXPECT_EQ(FilesIn(scratch.Folder()), 0U);
+  EXPECT_EQ(Names(), Texts{});
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <stdexcept>
 
@@ -63,6 +64,9 @@ Program::Program(const std::vector<std::string>& arguments, const Surroundings& 
       const rlimit limit{around.largestFile, around.largestFile};
       ::setrlimit(RLIMIT_FSIZE, &limit);
     }
+    // Whatever these tests are started by.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+      ::signal(signal, signal == around.ignored ? SIG_IGN : SIG_DFL);
     ::execv(pointers[0], pointers.data());
     ::_exit(127);
   }

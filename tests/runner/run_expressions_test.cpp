@@ -260,12 +260,5 @@ TEST_F(RunCommand, NamesOfFilesMayBeOdd) {
   }
 }
 
-TEST_F(RunCommand, PipesGetAPng) {
-  const Image image = Noise(5, 5);
-  Save(image, At("in.png"), "png");
-  WriteBytes(At("out.png"), Done({"run", At("in.png"), "InvertKRT", "-o", "/dev/stdout"}));
-  ExpectPixels(At("out.png"), 5, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
-}
-
 }  // namespace
 }  // namespace runner
