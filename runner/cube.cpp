@@ -21,8 +21,6 @@ constexpr size_t kSmallestSize = 2, kLargestSize = 256, kLargestCurve = 65536;
 // Black and white in video range.
 constexpr double kVideoBlack = 16.0 / 255, kVideoWhite = 235.0 / 255;
 
-double FromVideoRange(double value) { return (value - kVideoBlack) / (kVideoWhite - kVideoBlack); }
-
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
 std::vector<std::string_view> Words(std::string_view line) {
@@ -124,7 +122,7 @@ class CubeReader {
   void ReadRange(std::string_view keyword, Values values, std::optional<Domain>* domain) {
     double low = 0, high = 0;
     if (values.size() != 2 || !ReadNumber(values[0], &low) || !ReadNumber(values[1], &high) ||
-        !(low < high) || !std::isfinite(high - low))
+        !(low < high))
       Fail(std::string(keyword) + " is followed by two numbers, the smaller first");
     domain->emplace();
     (*domain)->low.fill(low);
@@ -143,20 +141,27 @@ class CubeReader {
 
   // DOMAIN_MIN and DOMAIN_MAX are of what goes into the file: into its curves, where it has both.
   void SetDomains() {
-    for (size_t channel = 0; channel < 3; ++channel) {
-      const double low = fileDomain.low[channel], high = fileDomain.high[channel];
-      if (!(low < high)) Fail("DOMAIN_MIN isn't below DOMAIN_MAX");
-      if (!std::isfinite(high - low)) Fail("DOMAIN_MIN and DOMAIN_MAX are too far apart");
-    }
+    for (size_t channel = 0; channel < 3; ++channel)
+      if (!(fileDomain.low[channel] < fileDomain.high[channel]))
+        Fail("DOMAIN_MIN isn't below DOMAIN_MAX");
     Domain& first = curveSize > 0 ? cube.curveDomain : cube.domain;
     first = fileDomain;
     if (curveDomain) cube.curveDomain = *curveDomain;
     if (tableDomain) cube.domain = *tableDomain;
-    // An input in full range that lies in the scaled domain is one in video range that lies in
-    // this.
-    if (!inputsInVideoRange) return;
-    for (Triple* end : {&first.low, &first.high})
-      for (double& value : *end) value = FromVideoRange(value);
+    // To scale the ends has the effect of scaling each input the other way.
+    if (inputsInVideoRange)
+      for (Triple* end : {&first.low, &first.high})
+        for (double& value : *end) value = FromVideoRange(value);
+    for (const Domain* domain : {&cube.curveDomain, &cube.domain})
+      for (size_t channel = 0; channel < 3; ++channel)
+        if (!std::isfinite(domain->high[channel] - domain->low[channel]))
+          Fail("the inputs reach too far");
+  }
+
+  double FromVideoRange(double value) const {
+    const double full = (value - kVideoBlack) / (kVideoWhite - kVideoBlack);
+    if (!std::isfinite(full)) Fail("a number is too large for video range");
+    return full;
   }
 
   std::string_view name;
