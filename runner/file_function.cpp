@@ -55,8 +55,8 @@ std::shared_ptr<const LutGrid> FileFunction::ReadCube(const std::string& path) c
     const int levels = LargestDifference(cube, grid);
     if (levels > kSmallDifference)
       images.warn(Quoted(path) + " has " + std::to_string(cube.size) +
-                  " points a side and is resampled to 16: colours are up to " +
-                  std::to_string(levels) + " levels off");
+                  " points a side and is resampled to " + std::to_string(kLutPoints) +
+                  ": colours are up to " + std::to_string(levels) + " levels off");
   }
   return std::make_shared<const LutGrid>(std::move(grid));
 }
@@ -131,7 +131,7 @@ void AddCurves(const Operand& operand, const std::string& name, const host::Call
   for (size_t i = first; i < std::min(first + 3, parameters.size()) && name.empty(); ++i)
     if (const host::Ref<host::MemoryBlock> block = CurveFor(parameters[i], *operand.curves))
       added.push_back({"", block});
-  if (added.size() != 3)
+  if (added.size() != 3)  // it says so where they don't fit
     PlainValue(operand, (name.empty() ? "" : name + " of ") + method.declaration.name);
   arguments->insert(arguments->end(), added.begin(), added.end());
 }

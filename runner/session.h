@@ -2,8 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -1,7 +1,6 @@
 // Colour tables, looked at before anything is done.
 #include <algorithm>
 
-#include "runner/failure.h"
 #include "runner/session.h"
 
 namespace runner {
