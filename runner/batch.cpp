@@ -141,6 +141,7 @@ int RunBatch(const Options& options) {
   Session session(*setup.host, setup.images);
   std::vector<std::string> names;
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
+  for (const Statement& statement : statements) session.Prepare(statement);
 
   std::vector<FileJob> jobs = PlanJobs(options);
   MakeFolder(options.outputFolder);

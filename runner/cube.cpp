@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <optional>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "runner/failure.h"
 #include "runner/files.h"
@@ -13,7 +16,10 @@ namespace runner {
 namespace {
 
 // The format's own bounds.
-constexpr size_t kSmallestSize = 2, kLargestSize = 256;
+constexpr size_t kSmallestSize = 2, kLargestSize = 256, kLargestCurve = 65536;
+
+// Black and white in video range.
+constexpr double kVideoBlack = 16.0 / 255, kVideoWhite = 235.0 / 255;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
@@ -47,116 +53,158 @@ class CubeReader {
       ReadLine(text.substr(0, end));
       text.remove_prefix(std::min(end + 1, text.size()));
     }
-    if (cube.size == 0) Fail("there is no LUT_3D_SIZE line");
-    if (cube.redFastest.size() != Expected())
-      Fail("the file ends after " + std::to_string(cube.redFastest.size()) + " of " +
-           std::to_string(Expected()) + " table lines");
-    for (size_t channel = 0; channel < 3; ++channel) {
-      if (!(cube.domainMin[channel] < cube.domainMax[channel]))
-        Fail("DOMAIN_MIN isn't below DOMAIN_MAX");
-      if (!std::isfinite(cube.domainMax[channel] - cube.domainMin[channel]))
-        Fail("DOMAIN_MIN and DOMAIN_MAX are too far apart");
-    }
+    if (Expected() == 0) Fail("there is no LUT_3D_SIZE or LUT_1D_SIZE line");
+    if (Count() != Expected())
+      Fail("the file ends after " + std::to_string(Count()) + " of " + std::to_string(Expected()) +
+           " table lines");
+    SetDomains();
+    if (outputsInVideoRange)
+      for (Triple& entry : cube.size == 0 ? cube.curves : cube.redFastest)
+        for (double& value : entry) value = FromVideoRange(value);
     return std::move(cube);
   }
 
  private:
+  using Domain = CubeFile::Domain;
+  using Values = std::span<const std::string_view>;
+
   [[noreturn]] void Fail(const std::string& message) const {
     throw Failure(Quoted(name) + " isn't a table that can be used, line " +
                   std::to_string(std::max<size_t>(line, 1)) + ": " + message);
   }
 
-  size_t Expected() const { return cube.size * cube.size * cube.size; }
+  size_t TableLines() const { return cube.size * cube.size * cube.size; }
+  size_t Expected() const { return curveSize + TableLines(); }
+  size_t Count() const { return cube.curves.size() + cube.redFastest.size(); }
 
   void ReadLine(std::string_view content) {
-    const std::vector<std::string_view> words = Words(content);
-    if (words.empty() || words[0].starts_with('#') || words[0] == "TITLE") return;
-    const std::span<const std::string_view> values = std::span(words).subspan(1);
-    if (words[0] == "LUT_3D_SIZE") return ReadSize(values);
-    if (words[0] == "DOMAIN_MIN") return ReadTriple(values, &cube.domainMin);
-    if (words[0] == "DOMAIN_MAX") return ReadTriple(values, &cube.domainMax);
-    if (words[0] == "LUT_3D_INPUT_RANGE") return ReadRange(values);
-    if (words[0] == "LUT_1D_SIZE") Fail("this is a one-dimensional table; LUT_3D_SIZE is needed");
-    ReadEntry(words);
+    const std::vector<std::string_view> words = Words(content.substr(0, content.find('#')));
+    if (words.empty() || words[0] == "TITLE") return;
+    const bool keyword = (words[0][0] >= 'A' && words[0][0] <= 'Z') || words[0][0] == '_';
+    if (!keyword) return ReadEntry(words);
+    // Those of the three-dimensional table may stand between the curves and it.
+    const bool ofTable = words[0].starts_with("LUT_3D_");
+    if (ofTable ? !cube.redFastest.empty() : Count() > 0) Fail("keywords belong before the table");
+    ReadKeyword(words[0], Values(words).subspan(1));
   }
 
-  void ReadSize(std::span<const std::string_view> values) {
+  void ReadKeyword(std::string_view keyword, Values values) {
+    if (keyword == "LUT_3D_SIZE") return ReadSize(keyword, values, kLargestSize, &cube.size);
+    if (keyword == "LUT_1D_SIZE") return ReadSize(keyword, values, kLargestCurve, &curveSize);
+    if (keyword == "DOMAIN_MIN") return ReadTriple(values, &fileDomain.low);
+    if (keyword == "DOMAIN_MAX") return ReadTriple(values, &fileDomain.high);
+    if (keyword == "LUT_3D_INPUT_RANGE") return ReadRange(keyword, values, &tableDomain);
+    if (keyword == "LUT_1D_INPUT_RANGE") return ReadRange(keyword, values, &curveDomain);
+    const bool in = keyword == "LUT_IN_VIDEO_RANGE", out = keyword == "LUT_OUT_VIDEO_RANGE";
+    if (!in && !out) Fail(Quoted(keyword) + " isn't a keyword of this format");
+    if (!values.empty()) Fail(std::string(keyword) + " stands alone on its line");
+    (in ? inputsInVideoRange : outputsInVideoRange) = true;
+  }
+
+  void ReadSize(std::string_view keyword, Values values, size_t largest, size_t* target) {
     size_t size = 0;
-    if (cube.size != 0) Fail("a second LUT_3D_SIZE");
+    if (*target != 0) Fail("a second " + std::string(keyword));
     if (values.size() == 1)
       std::from_chars(values[0].data(), values[0].data() + values[0].size(), size);
     if (values.size() != 1 || std::to_string(size) != values[0] || size < kSmallestSize ||
-        size > kLargestSize)
-      Fail("LUT_3D_SIZE is followed by one whole number from 2 to 256");
-    cube.size = size;
+        size > largest)
+      Fail(std::string(keyword) + " is followed by one whole number from 2 to " +
+           std::to_string(largest));
+    *target = size;
   }
 
-  void ReadTriple(std::span<const std::string_view> values, std::array<double, 3>* triple) {
-    if (!cube.redFastest.empty()) Fail("keywords belong before the table");
+  void ReadTriple(Values values, Triple* triple) {
     if (values.size() != 3) Fail("expected three numbers");
     for (size_t i = 0; i < 3; ++i)
       if (!ReadNumber(values[i], &(*triple)[i])) Fail(Quoted(values[i]) + " isn't a number");
   }
 
-  void ReadRange(std::span<const std::string_view> values) {
-    double low = 0, high = 1;
-    if (values.size() != 2 || !ReadNumber(values[0], &low) || !ReadNumber(values[1], &high))
-      Fail("LUT_3D_INPUT_RANGE is followed by two numbers");
-    cube.domainMin.fill(low);
-    cube.domainMax.fill(high);
+  void ReadRange(std::string_view keyword, Values values, std::optional<Domain>* domain) {
+    double low = 0, high = 0;
+    if (values.size() != 2 || !ReadNumber(values[0], &low) || !ReadNumber(values[1], &high) ||
+        !(low < high))
+      Fail(std::string(keyword) + " is followed by two numbers, the smaller first");
+    domain->emplace();
+    (*domain)->low.fill(low);
+    (*domain)->high.fill(high);
   }
 
-  void ReadEntry(const std::vector<std::string_view>& words) {
-    std::array<double, 3> entry{};
-    const bool keyword = (words[0][0] >= 'A' && words[0][0] <= 'Z') || words[0][0] == '_';
-    if (keyword) Fail(Quoted(words[0]) + " isn't a keyword of this format");
-    if (words.size() != 3) Fail("expected three numbers");
-    for (size_t i = 0; i < 3; ++i)
-      if (!ReadNumber(words[i], &entry[i])) Fail(Quoted(words[i]) + " isn't a number");
-    if (cube.size == 0) Fail("the table begins before its LUT_3D_SIZE");
-    if (cube.redFastest.size() == Expected())
-      Fail("more than the " + std::to_string(Expected()) + " table lines that LUT_3D_SIZE " +
-           std::to_string(cube.size) + " has");
-    cube.redFastest.push_back(entry);
+  void ReadEntry(Values words) {
+    Triple entry{};
+    ReadTriple(words, &entry);
+    if (Expected() == 0) Fail("the table begins before its size");
+    const bool ofCurves = cube.curves.size() < curveSize;
+    if (!ofCurves && cube.redFastest.size() == TableLines())
+      Fail("more than the " + std::to_string(Expected()) + " table lines of its size");
+    (ofCurves ? cube.curves : cube.redFastest).push_back(entry);
+  }
+
+  // DOMAIN_MIN and DOMAIN_MAX are of what goes into the file: into its curves, where it has both.
+  void SetDomains() {
+    for (size_t channel = 0; channel < 3; ++channel)
+      if (!(fileDomain.low[channel] < fileDomain.high[channel]))
+        Fail("DOMAIN_MIN isn't below DOMAIN_MAX");
+    Domain& first = curveSize > 0 ? cube.curveDomain : cube.domain;
+    first = fileDomain;
+    if (curveDomain) cube.curveDomain = *curveDomain;
+    if (tableDomain) cube.domain = *tableDomain;
+    // To scale the ends has the effect of scaling each input the other way.
+    if (inputsInVideoRange)
+      for (Triple* end : {&first.low, &first.high})
+        for (double& value : *end) value = FromVideoRange(value);
+    for (const Domain* domain : {&cube.curveDomain, &cube.domain})
+      for (size_t channel = 0; channel < 3; ++channel)
+        if (!std::isfinite(domain->high[channel] - domain->low[channel]))
+          Fail("the inputs reach too far");
+  }
+
+  double FromVideoRange(double value) const {
+    const double full = (value - kVideoBlack) / (kVideoWhite - kVideoBlack);
+    if (!std::isfinite(full)) Fail("a number is too large for video range");
+    return full;
   }
 
   std::string_view name;
   size_t line = 0;
+  size_t curveSize = 0;
+  Domain fileDomain;
+  std::optional<Domain> curveDomain, tableDomain;
+  bool inputsInVideoRange = false, outputsInVideoRange = false;
   CubeFile cube;
 };
 
+// Where an input lies among `points` points that are spread over low to high.
+Place PlaceIn(double low, double high, size_t points, double input) {
+  const double unit = std::clamp((input - low) / (high - low), 0.0, 1.0);
+  double place = unit * static_cast<double>(points - 1);
+  // An input that means a point of the table gives its entry, not one a hair beside it.
+  if (std::abs(place - std::round(place)) < 1e-9) place = std::round(place);
+  const size_t cell = std::min(static_cast<size_t>(place), points - 2);
+  return {cell, place - static_cast<double>(cell)};
+}
+
 }  // namespace
 
-std::array<double, 3> CubeFile::At(const std::array<double, 3>& input) const {
-  // The cell, and how far the input lies inside it along each axis.
-  size_t cell[3];
-  double fraction[3];
-  for (size_t axis = 0; axis < 3; ++axis) {
-    const double span = domainMax[axis] - domainMin[axis];
-    const double unit = std::clamp((input[axis] - domainMin[axis]) / span, 0.0, 1.0);
-    double place = unit * static_cast<double>(size - 1);
-    // An input that means a point of the table gives its entry, not one a hair beside it: what
-    // becomes of the result is truncated to whole channel values later.
-    if (std::abs(place - std::round(place)) < 1e-9) place = std::round(place);
-    cell[axis] = std::min(static_cast<size_t>(place), size - 2);
-    fraction[axis] = place - static_cast<double>(cell[axis]);
-  }
-  // From the cell's lowest corner to its highest along its edges, the axis with the largest
-  // fraction first: these four corners span the tetrahedron that the input lies in.
-  size_t order[3] = {0, 1, 2};
-  std::stable_sort(order, order + 3, [&](size_t a, size_t b) { return fraction[a] > fraction[b]; });
-  const auto entry = [&]() -> const std::array<double, 3>& {
-    return redFastest[(cell[2] * size + cell[1]) * size + cell[0]];
-  };
-  std::array<double, 3> output{};
-  double weight = 1 - fraction[order[0]];
-  for (size_t corner = 0; corner < 4; ++corner) {
-    for (size_t channel = 0; channel < 3; ++channel) output[channel] += weight * entry()[channel];
-    if (corner == 3) break;
-    ++cell[order[corner]];
-    weight = fraction[order[corner]] - (corner < 2 ? fraction[order[corner + 1]] : 0);
+Triple CubeFile::Curved(const Triple& input) const {
+  if (curves.empty()) return input;
+  Triple output{};
+  for (size_t channel = 0; channel < 3; ++channel) {
+    const auto [cell, fraction] =
+        PlaceIn(curveDomain.low[channel], curveDomain.high[channel], curves.size(), input[channel]);
+    output[channel] = (1 - fraction) * curves[cell][channel] + fraction * curves[cell + 1][channel];
   }
   return output;
+}
+
+Place CubeFile::PlaceOf(size_t channel, double input) const {
+  return PlaceIn(domain.low[channel], domain.high[channel], size,
+                 Curved({input, input, input})[channel]);
+}
+
+Triple CubeFile::At(const Triple& input) const {
+  const Place r = PlaceOf(0, input[0]), g = PlaceOf(1, input[1]), b = PlaceOf(2, input[2]);
+  return Interpolate(&redFastest[(b.cell * size + g.cell) * size + r.cell], {r.fraction, 1},
+                     {g.fraction, size}, {b.fraction, size * size});
 }
 
 CubeFile ParseCube(std::string_view text, std::string_view name) {
@@ -167,18 +215,45 @@ CubeFile LoadCube(const std::filesystem::path& path) {
   return ParseCube(ReadWholeFile(path), path.native());
 }
 
+Triple Interpolate(const Triple* lowest, CellAxis x, CellAxis y, CellAxis z) {
+  // From the lowest corner to the highest along the cell's edges, the axis with the largest
+  // fraction first: these four corners span the tetrahedron.
+  if (x.fraction < y.fraction) std::swap(x, y);
+  if (y.fraction < z.fraction) std::swap(y, z);
+  if (x.fraction < y.fraction) std::swap(x, y);
+  const Triple& corner1 = lowest[x.step];
+  const Triple& corner2 = lowest[x.step + y.step];
+  const Triple& corner3 = lowest[x.step + y.step + z.step];
+  Triple output;
+  for (size_t i = 0; i < 3; ++i)
+    output[i] = (1 - x.fraction) * (*lowest)[i] + (x.fraction - y.fraction) * corner1[i] +
+                (y.fraction - z.fraction) * corner2[i] + z.fraction * corner3[i];
+  return output;
+}
+
 LutGrid Resample(const CubeFile& cube) {
   LutGrid grid;
   grid.blueFastest.reserve(kLutPoints * kLutPoints * kLutPoints);
-  const auto channel = [](size_t i) { return 17.0 * static_cast<double>(i) / 255.0; };
+  const auto channel = [](size_t i) { return kLutStep * static_cast<double>(i) / 255.0; };
   for (size_t r = 0; r < kLutPoints; ++r)
     for (size_t g = 0; g < kLutPoints; ++g)
       for (size_t b = 0; b < kLutPoints; ++b) {
-        std::array<double, 3> output = cube.At({channel(r), channel(g), channel(b)});
-        for (double& value : output) value *= 255.0;
+        Triple output = cube.At({channel(r), channel(g), channel(b)});
+        for (double& value : output) value = value * 255.0 + 0.5;
         grid.blueFastest.push_back(output);
       }
   return grid;
+}
+
+ChannelCurves SampleCurves(const CubeFile& cube) {
+  ChannelCurves curves{};
+  for (size_t level = 0; level < 256; ++level) {
+    const double input = static_cast<double>(level) / 255.0;
+    const Triple output = cube.Curved({input, input, input});
+    for (size_t channel = 0; channel < 3; ++channel)
+      curves[channel][level] = static_cast<uint8_t>(LevelOf(output[channel] * 255.0 + 0.5));
+  }
+  return curves;
 }
 
 }  // namespace runner

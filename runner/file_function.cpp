@@ -5,6 +5,7 @@
 #include "runner/cube.h"
 #include "runner/failure.h"
 #include "runner/files.h"
+#include "runner/names.h"
 #include "runner/samples.h"
 
 namespace runner {
@@ -22,11 +23,51 @@ int32_t ChannelFrom(const Operand& operand) {
   return *channel;
 }
 
+// The block of the curve that a parameter has the name of; null: none.
+host::Ref<host::MemoryBlock> CurveFor(const host::Parameter& parameter,
+                                      const Operand::Curves& curves) {
+  if (parameter.byref || parameter.type != host::Type::kMemoryBlock) return nullptr;
+  if (host::SameName(parameter.name, "red")) return curves.red;
+  if (host::SameName(parameter.name, "green")) return curves.green;
+  if (host::SameName(parameter.name, "blue")) return curves.blue;
+  return nullptr;
+}
+
 }  // namespace
 
 bool IsFileFunction(std::string_view name) {
   return std::any_of(kFileFunctions.begin(), kFileFunctions.end(),
                      [&](std::string_view function) { return host::SameName(name, function); });
+}
+
+bool IsTableFunction(std::string_view name) {
+  return host::SameName(name, "cube") || host::SameName(name, "curves");
+}
+
+std::shared_ptr<const LutGrid> FileFunction::ReadCube(const std::string& path) const {
+  const CubeFile cube = LoadCube(path);
+  if (cube.size == 0)
+    throw Failure(Quoted(path) +
+                  " holds a one-dimensional table alone, which goes to "
+                  "TransformColorsKRT(curves(\"file.cube\"))");
+  LutGrid grid = Resample(cube);
+  if (images.warn) {
+    const int levels = LargestDifference(cube, grid);
+    if (levels > kSmallDifference)
+      images.warn(Quoted(path) + " has " + std::to_string(cube.size) +
+                  " points a side and is resampled to " + std::to_string(kLutPoints) +
+                  ": colours are up to " + std::to_string(levels) + " levels off");
+  }
+  return std::make_shared<const LutGrid>(std::move(grid));
+}
+
+ChannelCurves FileFunction::ReadCurves(const std::string& path) const {
+  const CubeFile cube = LoadCube(path);
+  if (cube.curves.empty())
+    throw Failure(Quoted(path) +
+                  " holds a three-dimensional table alone, which goes to "
+                  "PictureLut3DKRT(table = cube(\"file.cube\"))");
+  return SampleCurves(cube);
 }
 
 Operand FileFunction::Read() const {
@@ -44,9 +85,16 @@ Operand FileFunction::Read() const {
 
   if (is("picture")) return {LoadPicture(host, path, images), nullptr, std::nullopt};
   if (is("cube")) {
-    std::shared_ptr<const LutGrid>& grid = cubes[path];
-    if (grid == nullptr) grid = std::make_shared<const LutGrid>(Resample(LoadCube(path)));
+    std::shared_ptr<const LutGrid>& grid = tables.cubes[path];
+    if (grid == nullptr) grid = ReadCube(path);
     return {host::Nil{}, grid, std::nullopt};
+  }
+  if (is("curves")) {
+    if (!tables.curves.contains(path)) tables.curves.emplace(path, ReadCurves(path));
+    const auto& [red, green, blue] = tables.curves.at(path);
+    return {host::Nil{}, nullptr, std::nullopt,
+            Operand::Curves{host.NewMemoryBlock(red), host.NewMemoryBlock(green),
+                            host.NewMemoryBlock(blue)}};
   }
   if (is("samples")) {
     const Samples samples =
@@ -73,6 +121,19 @@ void AddSound(const Operand::Sound& sound, const host::Callable& method,
     const bool byPosition = i < arguments->size() && (*arguments)[i].name.empty();
     if (!given && !byPosition) arguments->push_back({name, bits ? sound.bits : sound.count});
   }
+}
+
+void AddCurves(const Operand& operand, const std::string& name, const host::Callable& method,
+               std::vector<host::Argument>* arguments) {
+  const auto& parameters = method.declaration.parameters;
+  const size_t first = arguments->size();
+  std::vector<host::Argument> added;
+  for (size_t i = first; i < std::min(first + 3, parameters.size()) && name.empty(); ++i)
+    if (const host::Ref<host::MemoryBlock> block = CurveFor(parameters[i], *operand.curves))
+      added.push_back({"", block});
+  if (added.size() != 3)  // it says so where they don't fit
+    PlainValue(operand, (name.empty() ? "" : name + " of ") + method.declaration.name);
+  arguments->insert(arguments->end(), added.begin(), added.end());
 }
 
 }  // namespace runner

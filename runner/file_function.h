@@ -1,4 +1,5 @@
-// picture("f"), memoryblock("f"), string("f"), cube("f") and samples("f"): files in expressions.
+// picture("f"), memoryblock("f"), string("f"), cube("f"), curves("f") and samples("f"): files in
+// expressions.
 #pragma once
 
 #include <array>
@@ -16,9 +17,17 @@
 
 namespace runner {
 
-inline constexpr std::array<std::string_view, 5> kFileFunctions = {"picture", "memoryblock",
-                                                                   "string", "cube", "samples"};
+inline constexpr std::array<std::string_view, 6> kFileFunctions = {
+    "picture", "memoryblock", "string", "cube", "curves", "samples"};
 bool IsFileFunction(std::string_view name);
+// Those of them whose files hold colour tables.
+bool IsTableFunction(std::string_view name);
+
+// Tables that were read already, by file, so that each is read once.
+struct ColourTables {
+  std::map<std::string, std::shared_ptr<const LutGrid>> cubes;
+  std::map<std::string, ChannelCurves> curves;
+};
 
 // One call of one of them, and where it finds what it needs.
 struct FileFunction {
@@ -26,15 +35,24 @@ struct FileFunction {
   std::span<const std::pair<std::string, Operand>> arguments;
   host::Host& host;
   const ImageOptions& images;
-  std::map<std::string, std::shared_ptr<const LutGrid>>& cubes;  // those read already
+  ColourTables& tables;
 
   // Throws Failure for wrong arguments and for files that can't be read.
   Operand Read() const;
+
+ private:
+  std::shared_ptr<const LutGrid> ReadCube(const std::string& path) const;
+  ChannelCurves ReadCurves(const std::string& path) const;
 };
 
 // Gives a method that declares parameters "Bits" and "SampleCount" those of a sound file, unless
 // the call has its own.
 void AddSound(const Operand::Sound& sound, const host::Callable& method,
               std::vector<host::Argument>* arguments);
+
+// Gives a method whose next three parameters are the curves of red, green and blue, in any order,
+// these. Throws Failure for any other, and where the curves have the name of a parameter.
+void AddCurves(const Operand& operand, const std::string& name, const host::Callable& method,
+               std::vector<host::Argument>* arguments);
 
 }  // namespace runner

@@ -70,7 +70,7 @@ host::Ref<host::Picture> RunFilter(host::Host& host, const host::RegisteredClass
     if (name.empty() || host.registry.FindProperty(type.name, name) == nullptr)
       FailUnknownProperty(type, name);
     hasSource = hasSource || host::SameName(name, kSource);
-    host.Set(instance, name, operand.value);
+    host.Set(instance, name, PlainValue(operand, name + " of " + type.name));
   }
   if (!hasSource && !current)
     throw Failure(type.name + " needs a picture, and there is no current picture");

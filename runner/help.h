@@ -26,7 +26,8 @@ assigned, can be used from then on. Constants: 12, -0.5, true, nil, "text", &c27
 Files in expressions:
   picture("f")       a picture, of several pages the first
   memoryblock("f")   the bytes of a file; string("f") the same as a string
-  cube("f.cube")     a colour table for PictureLut3DKRT
+  cube("f.cube")     a colour table for PictureLut3DKRT, of any size
+  curves("f.cube")   the one-dimensional tables of such a file, for TransformColorsKRT
   samples("f.wav")   a sound file for RenderSamplesKRT, with the Bits and SampleCount that go
                      with it; samples("f.wav", 2) is its second channel alone, otherwise the mean
 
@@ -34,6 +35,7 @@ Examples:
   picturehost run photo.jpg InvertKRT 'ChangeSaturationKRT(150)' -o out.png
   picturehost run photo.jpg 'TintPictureKRT(self, &c4D961D, &cFFE4B0)' -o tinted.jpg
   picturehost run photo.jpg 'PictureLut3DKRT(table = cube("film.cube"))' -o graded.tiff
+  picturehost run photo.jpg 'TransformColorsKRT(curves("gamma.cube"))' -o lighter.png
   picturehost run photo.jpg CountColorsKRT --save red=red.bin
   picturehost run photo.jpg 'data = PicturetoBinaryStringKRT(self)' --save data=photo.ppic
   picturehost run --no-picture -o wave.png \

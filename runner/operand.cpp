@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "runner/failure.h"
 #include "runner/names.h"
 
 namespace runner {
@@ -35,8 +36,20 @@ std::string DescribeBlock(const host::MemoryBlock& block) {
 
 }  // namespace
 
+const host::Value& PlainValue(const Operand& operand, const std::string& taker) {
+  if (operand.grid != nullptr)
+    throw Failure("a colour table is for a class that has one, not for " + taker);
+  if (operand.curves)
+    throw Failure(
+        "curves are three memory blocks, as in TransformColorsKRT(curves(\"file.cube\")), and "
+        "don't fit " +
+        taker);
+  return operand.value;
+}
+
 std::string Describe(const Operand& operand) {
   if (operand.grid != nullptr) return "colour table";
+  if (operand.curves) return "curves of red, green and blue";
   if (const auto* string = std::get_if<host::Ref<host::String>>(&operand.value); string && *string)
     return DescribeString(**string);
   if (const auto* block = std::get_if<host::Ref<host::MemoryBlock>>(&operand.value);

@@ -88,6 +88,7 @@ int RunRun(const Options& options) {
   Session session(*setup.host, setup.images);
   std::vector<std::string> names;
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
+  for (const Statement& statement : statements) session.Prepare(statement);
 
   std::string printed;
   std::vector<Page> pages;

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "runner/failure.h"
-#include "runner/file_function.h"
 #include "runner/filter_class.h"
 #include "runner/invoker.h"
 #include "runner/names.h"
@@ -59,7 +58,8 @@ std::vector<Named> Session::Run(const Statement& statement) {
       const Call* call = std::get_if<Call>(&statement.expression.content);
       if (const PictureRef picture = PictureIn(result))
         current = picture;
-      else if (!std::holds_alternative<host::Nil>(result.value) || result.grid != nullptr)
+      else if (!std::holds_alternative<host::Nil>(result.value) || result.grid != nullptr ||
+               result.curves)
         Show(call != nullptr ? call->name : "value", std::move(result));
     }
   } catch (const host::Error& error) {
@@ -140,9 +140,10 @@ Operand Session::EvaluateMethod(const Overloads& overloads, const PictureRef& se
   const Arguments given = EvaluateArguments(call);
   std::vector<host::Argument> arguments;
   for (const auto& [name, operand] : given) {
-    if (operand.grid != nullptr)
-      throw Failure("a colour table is for a class that has one, not for " + call.name);
-    arguments.push_back({name, operand.value});
+    if (operand.curves)
+      AddCurves(operand, name, *overloads.front(), &arguments);
+    else
+      arguments.push_back({name, PlainValue(operand, call.name)});
   }
   for (const auto& [name, operand] : given)
     if (operand.sound) AddSound(*operand.sound, *overloads.front(), &arguments);
@@ -159,7 +160,7 @@ Operand Session::EvaluateMethod(const Overloads& overloads, const PictureRef& se
 
 Operand Session::ReadFile(const Call& call) {
   const Arguments given = EvaluateArguments(call);
-  FileFunction function{call.name, given, runtime, imageOptions, cubes};
+  FileFunction function{call.name, given, runtime, imageOptions, tables};
   Operand operand = function.Read();
   if (operand.sound) {
     Show("SampleCount", {operand.sound->count, nullptr, std::nullopt});
@@ -190,10 +191,11 @@ void Session::Assign(const Statement& statement) {
 void Session::AssignPair(const Call& call, const PictureRef& self, const Operand& value) {
   std::vector<host::Argument> arguments;
   for (const auto& [name, operand] : EvaluateArguments(call))
-    arguments.push_back({name, operand.value});
+    arguments.push_back({name, PlainValue(operand, call.name)});
   for (const host::Callable* callable : runtime.registry.FindAll("Picture", call.name)) {
     if (callable->setter == nullptr) continue;
-    const host::BoundCall bound = host::BindSetter(*callable, self, arguments, value.value);
+    const host::BoundCall bound =
+        host::BindSetter(*callable, self, arguments, PlainValue(value, call.name));
     return FailOnException(*callable, bound.Invoke(InvokeByFfi).exception);
   }
   throw Failure("nothing can be assigned to " + call.name);

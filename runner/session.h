@@ -2,14 +2,13 @@
 #pragma once
 
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/host.h"
 #include "runner/expression.h"
+#include "runner/file_function.h"
 #include "runner/files/image_reader.h"
 #include "runner/operand.h"
 
@@ -19,8 +18,8 @@ namespace runner {
 //
 // A plain name is `self`, the current picture; a method of Picture, called on the current picture;
 // a global method; a class of the plug-in's, whose arguments set its properties before it runs; or
-// a name that was given a value. picture("f"), memoryblock("f"), string("f"), cube("f") and
-// samples("f") read files.
+// a name that was given a value. picture("f"), memoryblock("f"), string("f"), cube("f"),
+// curves("f") and samples("f") read files.
 class Session {
  public:
   // `host` outlives the session.
@@ -50,6 +49,11 @@ class Session {
   // `defined` are names that earlier statements may define; those of this one are added.
   void CheckNames(const Statement& statement, std::vector<std::string>* defined) const;
 
+  // Reads the tables of cube("f") and curves("f") in the statement and warns of what is wrong with
+  // them, and of classes that the statement gives no table. So it is done once where copies of this
+  // process evaluate the statement later. Throws Failure.
+  void Prepare(const Statement& statement);
+
  private:
   using Arguments = std::vector<std::pair<std::string, Operand>>;
   using Overloads = std::vector<const host::Callable*>;
@@ -66,6 +70,7 @@ class Session {
   host::Ref<host::Picture> SelfFor(const Call& call);
   void Define(std::string name, Operand operand);
   void Show(std::string name, Operand operand);
+  void PrepareExpression(const Expression& expression);
   void CheckExpression(const Expression& expression, const std::vector<std::string>& defined) const;
   [[noreturn]] void FailUnknown(const Call& call, const std::vector<std::string>& more) const;
 
@@ -75,8 +80,7 @@ class Session {
   bool madePicture = false;
   std::vector<Named> defined;
   std::vector<Named> shown;  // by the statement that runs
-  std::map<std::string, std::shared_ptr<const LutGrid>>
-      cubes;  // by file, so that each is read once
+  ColourTables tables;
 };
 
 }  // namespace runner

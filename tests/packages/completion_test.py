@@ -63,14 +63,14 @@ class CompletionTest(unittest.TestCase):
     def test_options_are_those_of_the_command(self):
         self.assertEqual(self.offered("list", "--"), ["--application", "--help", "--host-version", "--json", "--plugin"])
         self.assertEqual(self.offered("batch", "--s"), ["--skip-existing", "--strict"])
-        self.assertEqual(self.offered("run", "--s"), ["--save"])
+        self.assertEqual(self.offered("run", "--s"), ["--save", "--strict"])
 
     def test_values_of_options(self):
         self.assertEqual(self.offered("run", "--application", ""), ["console", "desktop", "web"])
         self.assertEqual(self.offered("run", "--application", "=", "we"), ["web"])
         self.assertEqual(self.offered("run", "--application", "="), ["console", "desktop", "web"])
         self.assertEqual(self.offered("run", "--layout", "rgb"), ["rgba", "rgba-premultiplied", "rgbx"])
-        self.assertEqual(self.offered("batch", "-f", "ti"), ["tiff", "tif"])
+        self.assertEqual(self.offered("batch", "-f", "ti"), ["tif", "tiff"])
         self.assertEqual(self.offered("batch", "-d", ""), ["plates"])
         self.assertEqual(self.offered("run", "-o", "p"), ["photo one.jpg", "plates"])
         self.assertEqual(self.offered("run", "--host-version", ""), [])

@@ -54,10 +54,10 @@ def test_all_properties_together(name, runner, tmp_path):
 
 
 def test_the_table_equals_the_command_line(runner, tmp_path):
-    # Outputs lie half way between two values of a channel, and the picture's pixels on the grid, so
-    # that the last bit of a coordinate decides nothing.
+    # Outputs are values of a channel, which the command line makes half a unit higher, and the
+    # picture's pixels lie on the grid, so that the last bit of a coordinate decides nothing.
     random = np.random.default_rng(7)
-    table = random.integers(0, 255, (16, 16, 16, 3)) + 0.5
+    table = random.integers(0, 256, (16, 16, 16, 3)) * 1.0
     lines = ["LUT_3D_SIZE 16"]
     for b in range(16):
         for g in range(16):
@@ -67,8 +67,8 @@ def test_the_table_equals_the_command_line(runner, tmp_path):
 
     def fill(made):
         for (r, g, b, x), value in np.ndenumerate(table):
-            made.Table[r, g, b, x] = value
-        assert made.Table[3, 4, 5, 2] == made.Table(3, 4, b=5, x=2) == table[3, 4, 5, 2]
+            made.Table[r, g, b, x] = value + 0.5
+        assert made.Table[3, 4, 5, 2] == made.Table(3, 4, b=5, x=2) == table[3, 4, 5, 2] + 0.5
 
     equals_the_command_line(runner, tmp_path, "PictureLut3DKRT", {}, photo="grid.png",
                             extra='Table = cube("film.cube")', prepare=fill)

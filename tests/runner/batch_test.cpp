@@ -116,6 +116,41 @@ TEST_F(Batch, PrintsValuesWithTheirFiles) {
             "colour.png: isWhiteKRT = false\ncolour.png: isBlackKRT = false\n2 written to out\n");
 }
 
+TEST_F(Batch, WarnsOfATableOnceForAllFiles) {
+  std::vector<std::string> arguments = {"batch",
+                                        "PictureLut3DKRT(table = cube(\"step.cube\"))",
+                                        "PictureLut3DKRT(MaxX = 1)",
+                                        "-d",
+                                        "out",
+                                        "-j",
+                                        "3"};
+  for (int i = 0; i < 6; ++i) {
+    arguments.push_back(std::to_string(i) + ".png");
+    Save(Noise(9, 9, 3, uint32_t(i)), scratch / arguments.back(), "png");
+  }
+  // All that isn't dark becomes white.
+  std::string cube = "LUT_3D_SIZE 18\n0 0 0\n";
+  for (int i = 1; i < 18 * 18 * 18; ++i) cube += "1 1 1\n";
+  WriteBytes(scratch / "step.cube", cube);
+  const Finished finished = RunProgram(arguments, Here());
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.out, "6 written to out\n");
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 2) << finished.err;
+  EXPECT_NE(finished.err.find("warning: 'step.cube' has 18 points"), std::string::npos);
+  EXPECT_NE(finished.err.find("warning: PictureLut3DKRT is given no table"), std::string::npos);
+}
+
+TEST_F(Batch, ATableThatCannotBeReadStopsItAtOnce) {
+  Save(Noise(8, 8), scratch / "one.png", "png");
+  Save(Noise(8, 8), scratch / "two.png", "png");
+  const Finished finished = RunProgram(
+      {"batch", "PictureLut3DKRT(table = cube(\"no.cube\"))", "one.png", "two.png", "-d", "out"},
+      Here());
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_EQ(finished.err, "picturehost: can't open 'no.cube': No such file or directory\n");
+  EXPECT_FALSE(fs::exists(scratch / "out"));
+}
+
 TEST_F(Batch, ChangesTheFormatWhereAsked) {
   Save(Noise(8, 8), scratch / "one.png", "png");
   const Finished finished =

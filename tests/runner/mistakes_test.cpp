@@ -21,6 +21,9 @@ class Mistakes : public ::testing::Test {
     WriteBytes(scratch / "text.png", "not a picture");
     WriteBytes(scratch / "cut.png", ReadBytes(scratch / "in.png").substr(0, 300));
     WriteBytes(scratch / "bad.cube", "LUT_3D_SIZE 2\n0 0\n");
+    WriteBytes(scratch / "one.cube", "LUT_1D_SIZE 2\n0 0 0\n1 1 1\n");
+    WriteBytes(scratch / "three.cube",
+               "LUT_3D_SIZE 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n");
     WriteBytes(scratch / "short.bin", "abc");
     WriteBytes(scratch / "out.png", "before");
     fs::create_directory(scratch / "folder");
@@ -120,6 +123,38 @@ TEST_F(Mistakes, ArgumentsThatDoNotFit) {
             "arguments of PictureSepiaKRT set its properties and ne");
   EXPECT_EQ(Of("CountColorKRT(&c000000).InvertKRT"),
             "what stands before .InvertKRT isn't a picture");
+}
+
+TEST_F(Mistakes, TablesThatDoNotFit) {
+  EXPECT_EQ(Of("PictureLut3DKRT(table = cube(\"one.cube\"))"),
+            "'one.cube' holds a one-dimensional table alone, which goes to "
+            "TransformColorsKRT(curves(\"file.cube\"))");
+  EXPECT_EQ(Of("TransformColorsKRT(curves(\"three.cube\"))"),
+            "'three.cube' holds a three-dimensional table alone, which goes to "
+            "PictureLut3DKRT(table = cube(\"file.cube\"))");
+  EXPECT_EQ(Of("CountColorKRT(cube(\"three.cube\"))"),
+            "a colour table is for a class that has one, not for CountColorKRT");
+  EXPECT_EQ(Of("EmbeddedMaskKRT(false) = cube(\"three.cube\")"),
+            "a colour table is for a class that has one, not for EmbeddedMaskKRT");
+  const std::string curves =
+      "curves are three memory blocks, as in TransformColorsKRT(curves(\"file.cube\")), and don't "
+      "fit ";
+  // These blocks are results.
+  EXPECT_EQ(Of("CountColorsKRT(curves(\"one.cube\"))"), curves + "CountColorsKRT");
+  EXPECT_EQ(Of("InvertKRT(curves(\"one.cube\"))"), curves + "InvertKRT");
+  EXPECT_EQ(Of("TransformColorsKRT(red = curves(\"one.cube\"))"),
+            curves + "red of TransformColorsKRT");
+  EXPECT_EQ(Of("TransformColorsKRT(nil, curves(\"one.cube\"))"), curves + "TransformColorsKRT");
+  EXPECT_EQ(Of("EmbeddedMaskKRT(false) = curves(\"one.cube\")"), curves + "EmbeddedMaskKRT");
+  EXPECT_EQ(Of("PictureSepiaKRT(SourcePicture = curves(\"one.cube\"))"),
+            curves + "SourcePicture of PictureSepiaKRT");
+  EXPECT_EQ(Of("curves(3)"),
+            "curves takes the name of a file in quotation marks: curves(\"file\")");
+  // Found before the picture is looked for.
+  EXPECT_EQ(
+      Complaint({"run", "no.png", "PictureLut3DKRT(table = cube(\"one.cube\"))", "-o", "out.png"})
+          .substr(0, 10),
+      "'one.cube'");
 }
 
 TEST_F(Mistakes, ExceptionsOfTheHost) {

@@ -180,9 +180,7 @@ TEST_F(RunCommand, ATableComesFromACubeFile) {
   for (int b = 0; b < 16; ++b)
     for (int g = 0; g < 16; ++g)
       for (int r = 0; r < 16; ++r) {
-        // A hair above the value, because results are truncated.
-        std::snprintf(line, sizeof line, "%.12f %.12f %.12f\n", g / 15.0 + 1e-6, b / 15.0 + 1e-6,
-                      (15 - r) / 15.0 + 1e-6);
+        std::snprintf(line, sizeof line, "%.6f %.6f %.6f\n", g / 15.0, b / 15.0, (15 - r) / 15.0);
         cube += line;
       }
   WriteBytes(At("film.cube"), cube);
@@ -192,6 +190,86 @@ TEST_F(RunCommand, ATableComesFromACubeFile) {
     const Pixel pixel = image.At(x, y);
     return Pixel{pixel[1], pixel[2], uint8_t(255 - pixel[0])};
   });
+}
+
+// A table of three points a side that darkens: 0, an eighth, 1.
+std::string Darkening() {
+  std::string text = "LUT_3D_SIZE 3\n";
+  const std::string value[3] = {"0 ", "0.125 ", "1 "};
+  for (size_t i = 0; i < 27; ++i)
+    text += value[i % 3] + value[i / 3 % 3] + value[i / 9] + "# entry\n";
+  return text;
+}
+
+TEST_F(RunCommand, ATableThatLosesLevelsWarnsOnce) {
+  Save(Noise(16, 16), At("in.png"), "png");
+  WriteBytes(At("dark.cube"), Darkening());
+  // In the middle, at 127 and 128, where the file is at an eighth, the grid lies between 119 and
+  // 136, where the file is at 29.75 and 46.75. Rounded, 127 is 32 in the file and
+  // 29.75 + 8 / 17 * 17 = 37.75 of the grid.
+  const Finished finished =
+      RunProgram({"run", At("in.png"), "PictureLut3DKRT(table = cube(\"dark.cube\"))",
+                  "PictureLut3DKRT(table = cube(\"dark.cube\"))", "-o", At("out.png")},
+                 {scratch.Folder().native()});
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.err,
+            "picturehost: warning: 'dark.cube' has 3 points a side and is resampled to 16: colours "
+            "are up to 6 levels off\n");
+}
+
+TEST_F(RunCommand, AClassWithoutItsTableWarns) {
+  const Image image = Noise(9, 7);
+  Save(image, At("in.png"), "png");
+  const Finished finished =
+      RunProgram({"run", At("in.png"), "PictureLut3DKRT(MaxX = 4)", "-o", At("out.png")});
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.err,
+            "picturehost: warning: PictureLut3DKRT is given no table and makes every pixel that it "
+            "processes black; Table = cube(\"file.cube\") gives it one\n");
+  ExpectPixels(At("out.png"), 9, 7, [](int x, int) {
+    return x < 4 ? Pixel{0, 0, 0} : Pixel{255, 255, 255};
+  });
+}
+
+TEST_F(RunCommand, CurvesComeFromACubeFile) {
+  const Image image = Noise(12, 12);
+  Save(image, At("in.png"), "png");
+  Save(Noise(12, 12, 3, 5), At("other.png"), "png");
+  // Red as it is, green turned round, blue half.
+  WriteBytes(At("film.cube"), "TITLE \"curves\"\nLUT_1D_SIZE 2\n0 1 0\n1 0 0.502 # blue\n");
+  const auto expected = [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    return Pixel{pixel[0], uint8_t(255 - pixel[1]), uint8_t(pixel[2] * 0.502 + 0.5)};
+  };
+  const Surroundings here{scratch.Folder().native()};
+  Done({"run", "in.png", "TransformColorsKRT(curves(\"film.cube\"))", "-o", "out.png"}, here);
+  ExpectPixels(At("out.png"), 12, 12, expected);
+  // With a name, and with an argument that follows.
+  Done({"run", "in.png", "film = curves(\"film.cube\")", "before = self",
+        "TransformColorsKRT(film, picture(\"other.png\"))", "-o", "out.png"},
+       here);
+  ExpectPixels(At("out.png"), 12, 12, expected);
+  EXPECT_EQ(Done({"run", "--no-picture", "curves(\"film.cube\")"}, here),
+            "curves = curves of red, green and blue\n");
+}
+
+TEST_F(RunCommand, OneFileHasCurvesAndATable) {
+  const Image image = MakeImage(16, 16, [](int x, int y) {
+    return Pixel{uint8_t(17 * x), uint8_t(17 * y), uint8_t(17 * ((x * 3 + y) % 16))};
+  });
+  Save(image, At("in.png"), "png");
+  // The curves turn round, the table makes grey of red.
+  std::string cube = "LUT_1D_SIZE 2\nLUT_3D_SIZE 2\n1 1 1\n0 0 0\n";
+  for (int i = 0; i < 4; ++i) cube += "0 0 0\n1 1 1\n";
+  WriteBytes(At("both.cube"), cube);
+  const Surroundings here{scratch.Folder().native()};
+  Done({"run", "in.png", "PictureLut3DKRT(table = cube(\"both.cube\"))", "-o", "cube.png"}, here);
+  Done({"run", "in.png", "TransformColorsKRT(curves(\"both.cube\"))", "-o", "curves.png"}, here);
+  ExpectPixels(At("cube.png"), 16, 16, [&](int x, int y) {
+    const auto grey = uint8_t(255 - image.At(x, y)[0]);
+    return Pixel{grey, grey, grey};
+  });
+  ExpectPixels(At("curves.png"), 16, 16, [&](int x, int y) { return Inverted(image.At(x, y)); });
 }
 
 TEST_F(RunCommand, StringsAreSavedAndReadBack) {

@@ -26,7 +26,7 @@ def read_cube(text):
 
 
 def PictureLut3DKRT(picture, table):
-    grid = read_cube(table) * 255.0
+    grid = read_cube(table) * 255.0 + 0.5
     assert len(grid) == 16, "one entry for each of the table's points that reach a picture"
     values = rules.channels(picture)
     low = [value // 17 for value in values]
