@@ -7,6 +7,7 @@
 
 #include "runner/files.h"
 #include "runner/files/file_facts.h"
+#include "runner/files/metadata_fields.h"
 #include "runner/files/placement.h"
 #include "runner/files/vips_library.h"
 #include "runner/files/wholeness.h"
@@ -118,13 +119,16 @@ class ImageReader::File {
       Examine();
       opened = Open(0, false);
     } catch (const vips::VError&) {
-      throw Failure(Quoted(name) + " can't be decoded: " + TakeProblem());
+      throw Failure(Quoted(name) + (fault ? " " + fault->text + ", and nothing of it can be decoded"
+                                          : " can't be decoded: " + TakeProblem()));
     }
     const VImage& image = opened->image;
     if (origin.format->name == "heic" && image.get_typeof("heif-compression") != 0 &&
         std::string_view(image.get_string("heif-compression")) == "av1")
       origin.format = FormatCalled("avif");
+    const bool converted = options.toSrgb || image.interpretation() == VIPS_INTERPRETATION_CMYK;
     DescribeFile(Content(), image.get_image(), &origin, &pages);
+    if (converted) origin.metadata.icc = SrgbProfile();
     CheckSize();
     if (origin.bits > 8)
       Tell(Quoted(name) + " has " + std::to_string(origin.bits) +
@@ -266,11 +270,13 @@ class ImageReader::File {
     return result;
   }
 
+  // Decoders notice some faults late, so that rows before the place may be wrong, too.
   static std::string HowMuch(int sound, int done, int height) {
     const std::string all = std::to_string(height);
-    if (sound == height) return "all of its " + all + " rows are there";
-    std::string text = "of its " + all + " rows " + std::to_string(sound) + " are sound";
-    if (done < height) text += " and " + std::to_string(height - done) + " are missing";
+    if (sound == height) return "all of its " + all + " rows could be decoded";
+    std::string text =
+        "noticed after " + std::to_string(sound) + " of its " + all + " rows were decoded";
+    if (done < height) text += "; the last " + std::to_string(height - done) + " are missing";
     return text;
   }
 

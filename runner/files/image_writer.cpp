@@ -207,7 +207,7 @@ Choices DefaultsFor(const ImageFormat& format, const Shape& shape, const Origin*
   } else if (format.name == "gif") {
     choices["dither"] = "0";
   } else if (format.name == "ppm") {
-    if (shape.blackAndWhite) choices["bitdepth"] = "1";
+    choices["format"] = shape.blackAndWhite ? "pbm" : shape.IsGrey() ? "pgm" : "ppm";
   } else if (format.name == "bmp") {
     choices["format"] = "bmp3";  // what every program reads
   } else if (format.name == "heic" || format.name == "avif") {
@@ -252,7 +252,21 @@ void AddCommon(const ImageFormat& format, const SaveOptions& options, Choices* c
   }
 }
 
-std::string InBrackets(const Choices& choices, const std::string& more) {
+// The names of options as a person gives them: "Q=95,interlace".
+std::vector<std::string> NamesIn(std::string_view options) {
+  std::vector<std::string> names;
+  while (!options.empty()) {
+    const size_t end = std::min(options.find(','), options.size());
+    const std::string_view option = options.substr(0, end);
+    names.emplace_back(option.substr(0, option.find('=')));
+    options.remove_prefix(std::min(end + 1, options.size()));
+  }
+  return names;
+}
+
+// What a person gives replaces ours: the library takes the first of two.
+std::string InBrackets(Choices choices, const std::string& more) {
+  for (const std::string& name : NamesIn(more)) choices.erase(name);
   std::string text = "[";
   for (const auto& [name, value] : choices) text += name + "=" + value + ",";
   text += more;
@@ -407,6 +421,7 @@ OutputName OutputNamed(const std::string& text, const ImageFormat* format) {
 void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Origin* origin,
                  const SaveOptions& options, const ByteSink& write) {
   StartVips();
+  RequireThreads();
   vips_error_clear();
   const ImageFormat& format = *encoding.format;
   CheckPages(pages, format);

@@ -1,8 +1,10 @@
 #include "runner/files/vips_library.h"
 
+#include <unistd.h>
 #include <vips/vips.h>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 
 #include "runner/failure.h"
@@ -39,6 +41,15 @@ void Start() {
 void StartVips() {
   static std::once_flag once;
   std::call_once(once, Start);
+}
+
+void RequireThreads() {
+  static std::atomic<pid_t> threadsOf{0};
+  pid_t process = 0;
+  if (!threadsOf.compare_exchange_strong(process, ::getpid()) && process != ::getpid())
+    throw Failure(
+        "a process that was forked from one that has saved pictures can't save any; start it anew "
+        "(in Python: multiprocessing's \"spawn\")");
 }
 
 std::string VipsProblem(std::string_view problem) {

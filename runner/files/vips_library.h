@@ -10,6 +10,10 @@ namespace runner {
 // Starts libvips, once in a process, with the loaders of our formats alone. Throws Failure.
 void StartVips();
 
+// To be called before anything is encoded: libvips encodes in threads of its own, and a process
+// that is forked later would wait for them for ever. Throws Failure in such a process.
+void RequireThreads();
+
 // What went wrong in this thread's latest call, as one sentence without the names of functions.
 std::string VipsProblem(std::string_view problem);
 

@@ -1,5 +1,7 @@
 // Picture files of every format, read and written.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/runner/image_file_fixture.h"
 
@@ -144,6 +146,27 @@ TEST_F(ImageFile, WritesEveryFormat) {
     for (size_t i = 0; i < smooth.bytes.size(); ++i)
       ASSERT_NEAR(read.bytes[i], smooth.bytes[i], 16) << name;
   }
+}
+
+// The encoders' threads aren't there in the new process, which would wait for them.
+TEST_F(ImageFile, AForkedProcessRefusesToSaveInsteadOfWaitingForEver) {
+  Save(Noise(4, 4), scratch / "in.png", "png");
+  const host::Ref<host::Picture> picture = Load(scratch / "in.png");
+  Write(picture, scratch / "out.png");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const bool opens = Load(scratch / "in.png")->Width() == 4;
+    try {
+      Write(picture, scratch / "other.png");
+    } catch (const Failure& failure) {
+      ::_exit(opens && std::string(failure.what()).find("forked") != std::string::npos ? 0 : 1);
+    }
+    ::_exit(2);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  Write(picture, scratch / "again.png");
 }
 
 TEST_F(ImageFile, FormatsWithoutAlphaShowWhite) {

@@ -112,7 +112,8 @@ TEST_F(OutputDisk, TheFolderCanBeLeftToTheCaller) {
 }
 
 // The program itself, in a process of its own; its workers are processes, too.
-TEST_F(OutputDisk, ABatchFlushesEachFileOnceAndItsFolderAtTheEnd) {
+using Forked = OutputDisk;
+TEST_F(Forked, ABatchFlushesEachFileOnceAndItsFolderAtTheEnd) {
   std::vector<std::string> words = {"picturehost", "batch",        "InvertKRT", "-j",         "1",
                                     "--plugin",    PICTURE_PLUGIN, "-d",        At("new/out")};
   for (const std::string name : {"a.png", "b.png"}) {
