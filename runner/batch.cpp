@@ -57,8 +57,7 @@ std::vector<FileJob> PlanJobs(const Options& options) {
   std::map<fs::path, fs::path> sources;
   for (const fs::path& file : options.files) {
     fs::path output = options.outputFolder / file.filename();
-    if (!options.format.empty())
-      output.replace_extension(options.format);
+    if (!options.format.empty()) output.replace_extension(options.format);
     const auto [other, added] = sources.emplace(output, file);
     if (!added)
       throw Failure(Quoted(other->second.native()) + " and " + Quoted(file.native()) +

@@ -93,19 +93,17 @@ void Save(const HeldPicture& picture, const fs::path& path) {
   const Locked locked;
   const runner::OutputName name = runner::OutputNamed(path.native());
   runner::OutputFile file(name.path);
-  runner::EncodePicture(picture.Reference(), name.encoding, [&](const void* bytes, size_t count) {
-    file.Write(bytes, count);
-  });
+  runner::EncodePicture(picture.Reference(), name.encoding,
+                        [&](const void* bytes, size_t count) { file.Write(bytes, count); });
   file.Commit();
 }
 
 py::bytes Png(const HeldPicture& picture) {
   std::string bytes;
   const Locked locked;
-  runner::EncodePicture(picture.Reference(), {runner::FormatCalled("png"), ""},
-                        [&](const void* more, size_t count) {
-                          bytes.append(static_cast<const char*>(more), count);
-                        });
+  runner::EncodePicture(
+      picture.Reference(), {runner::FormatCalled("png"), ""},
+      [&](const void* more, size_t count) { bytes.append(static_cast<const char*>(more), count); });
   return bytes;
 }
 
