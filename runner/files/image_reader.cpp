@@ -188,8 +188,7 @@ class ImageReader::File {
       how->set("page", page);
     }
     if (origin.format->name == "bmp")
-      return {VImage::magickload_buffer(vips_blob_new(nullptr, bytes.data(), bytes.size()), how),
-              page, lenient};
+      return {VImage::new_from_buffer(bytes.data(), bytes.size(), "", how), page, lenient};
     return {VImage::new_from_source(NewSource(), "", how), page, lenient};
   }
 

@@ -35,8 +35,7 @@ constexpr size_t kLargestExif = 65533;
 void SetExif(const VImage& image, const std::string& exif) {
   if (exif.empty() || exif.size() > kLargestExif) return;
   const std::string carrier = CarrierOf(exif);
-  const VImage opened =
-      VImage::jpegload_buffer(vips_blob_new(nullptr, carrier.data(), carrier.size()));
+  const VImage opened = VImage::new_from_buffer(carrier.data(), carrier.size(), "");
   gchar** names = vips_image_get_fields(opened.get_image());
   for (gchar** name = names; *name != nullptr; ++name) {
     if (!std::string_view(*name).starts_with("exif-")) continue;
