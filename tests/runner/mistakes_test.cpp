@@ -84,9 +84,10 @@ TEST_F(Mistakes, ExpressionsThatAreNone) {
   EXPECT_EQ(Of("PictureSepiaKRT(SepiaRed = 40, sepiared = 20)"),
             "in 'PictureSepiaKRT(SepiaRed = 40, sepiared = 20)', column 32: sepiared is given "
             "twice");
-  EXPECT_EQ(Of("PictureLut3DKRT(Table = cube(\"three.cube\"), table = cube(\"three.cube\"))"),
-            "in '...able = cube(\"three.cube\"), table = cube(\"three.cube\"))', column 45: table "
-            "is given twice");
+  EXPECT_EQ(
+      Of("PictureLut3DKRT(Table = cube(\"three.cube\"), table = cube(\"three.cube\"))"),
+      "in '...DKRT(Table = cube(\"three.cube\"), table = cube(\"three.cube\"))', column 45: table "
+      "is given twice");
   EXPECT_EQ(Of("ChangeContrastKRT(Contrast = 1.5, CONTRAST = 2)"),
             "in 'ChangeContrastKRT(Contrast = 1.5, CONTRAST = 2)', column 35: CONTRAST is given "
             "twice");

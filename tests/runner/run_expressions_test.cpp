@@ -63,7 +63,10 @@ TEST_F(RunCommand, ConstantsMayBeCalculated) {
   Save(image, At("in.png"), "png");
   Done({"run", At("in.png"), "InvertKRT(2 * 2, 10 \\ 5, &hA - 1, (1 + 2) * 2)", "-o",
         At("out.png")});
-  ExpectPixels(At("out.png"), 9, 6, [&](int x, int y) { return Inverted(image.At(x + 4, y + 2)); });
+  ExpectPixels(At("out.png"), 20, 10, [&](int x, int y) {
+    const bool inside = x >= 4 && x < 13 && y >= 2 && y < 8;
+    return inside ? Inverted(image.At(x, y)) : Pixel{255, 255, 255};
+  });
 }
 
 TEST_F(RunCommand, AMethodIsCalledEachTimeItIsNamed) {
