@@ -1,13 +1,17 @@
 // Call expressions, as they are written on the command line:
 //
 //   statement = expression | name "=" expression | call "=" expression
-//   expression = primary { "." name [ arguments ] }
-//   primary = literal | name [ arguments ]
+//   expression = product { ( "+" | "-" ) product }
+//   product = term { ( "*" | "/" | "\" | "Mod" ) term }
+//   term = { "+" | "-" } primary { "." name [ arguments ] }
+//   primary = literal | name [ arguments ] | "(" expression ")"
 //   arguments = "(" [ argument { "," argument } ] ")"
 //   argument = [ name "=" ] expression
-//   literal = 12 | -0.5 | true | false | nil | "text" | &c274C5A
+//   literal = 12 | 0.5 | &hFF | &o17 | &b101 | true | false | nil | "text" | &c274C5A
 //
-// Names and keywords are the host language's: ASCII letters, digits and underscores, in any case.
+// Operators and parentheses stand between and round constants alone, and the parser calculates, so
+// that a literal is all that is left of them. Names and keywords are the host language's: ASCII
+// letters, digits and underscores, in any case.
 #pragma once
 
 #include <cstddef>
@@ -39,7 +43,7 @@ struct Call {
 };
 
 struct Expression {
-  size_t column = 1;  // of its first character, in bytes
+  size_t column = 1;  // of its first character, in characters
   std::variant<host::Literal, Call> content;
 };
 
@@ -50,14 +54,15 @@ struct Statement {
 };
 
 struct SyntaxError {
-  size_t column = 1;    // in bytes, from 1; one past the last where the text ends too soon
+  size_t column = 1;    // in characters, from 1; one past the last where the text ends too soon
   std::string message;  // "expected ',' or ')' but found '='"
 };
 
 // Never throws but for lack of memory; any bytes may be given.
 std::variant<Statement, SyntaxError> ParseStatement(std::string_view text);
 
-// The same for the command line: throws Failure, which quotes the text and names the column.
+// The same for the command line: throws Failure, which quotes the text, a long one round the
+// mistake, and names the column.
 Statement ParseOrFail(std::string_view text);
 
 }  // namespace runner

@@ -45,7 +45,10 @@ void FillTable(host::Host& host, const InstanceRef& instance, const host::Regist
       }
     return;
   }
-  throw Failure(type.name + " has no table called " + name);
+  std::vector<std::string> tables;
+  for (const host::Callable& method : type.methods)
+    if (method.setter != nullptr) tables.push_back(method.declaration.name);
+  throw Failure(type.name + " has no table called " + name + DidYouMean(name, tables));
 }
 
 void FailOnException(host::Host& host, const host::RegisteredClass& type) {

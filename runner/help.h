@@ -21,7 +21,9 @@ inline constexpr const char* kRunHelp =
   mask = ExtractColorRectangleMaskKRT   a name for a value, for later expressions
 A picture that an expression comes to becomes the current one. Everything else is printed as
 NAME = VALUE, results by reference with the names of their parameters; these, and names that were
-assigned, can be used from then on. Constants: 12, -0.5, true, nil, "text", &c274C5A.
+assigned, can be used from then on. Names are the same in capitals and small letters.
+Constants: 12, -0.5, &hFF, &o17, &b101, true, nil, "text", &c274C5A. Arithmetic with constant
+numbers, + - * / \ Mod and parentheses, may stand where a number may: 10 + 5, -2 * (3 - 1).
 
 Files in expressions:
   picture("f")       a picture, of several pages the first

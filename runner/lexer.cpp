@@ -18,22 +18,23 @@ bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 Token Lexer::Next() {
   while (IsSpace(At(position))) ++position;
-  if (position >= text.size()) return {Token::Kind::kEnd, text.size() + 1, "", {}};
+  if (position >= text.size()) return {Token::Kind::kEnd, ColumnOf(text.size()), "", {}};
   const char c = text[position];
   if (IsLetter(c)) return Name();
-  if (IsDigit(c) || c == '-' || c == '+' || (c == '.' && IsDigit(At(position + 1))))
-    return Number();
+  if (IsDigit(c) || (c == '.' && IsDigit(At(position + 1)))) return Number();
   if (c == '"') return Text();
-  if (c == '&') return Colour();
-  if (c == '(' || c == ')' || c == ',' || c == '=' || c == '.')
-    return {Token::Kind::kMark, ++position, std::string(1, c), {}};
-  return Error(position, Quoted(text.substr(position, 1)) + " has no meaning here");
+  if (c == '&') return Ampersand();
+  if (c != '\0' && std::string_view("(),=.+-*/\\").find(c) != std::string_view::npos)
+    return {Token::Kind::kMark, ColumnOf(position++), std::string(1, c), {}};
+  const std::string_view rest = text.substr(position);
+  return Error(position, Quoted(rest.substr(0, CharacterLength(rest))) + " has no meaning here");
 }
 
 Token Lexer::Name() {
   const size_t start = position;
   while (IsLetter(At(position)) || IsDigit(At(position))) ++position;
-  Token token{Token::Kind::kName, start + 1, std::string(text.substr(start, position - start)), {}};
+  Token token{
+      Token::Kind::kName, ColumnOf(start), std::string(text.substr(start, position - start)), {}};
   const bool isTrue = host::SameName(token.text, "true");
   if (isTrue || host::SameName(token.text, "false")) {
     token.kind = Token::Kind::kLiteral;
@@ -47,8 +48,6 @@ Token Lexer::Name() {
 
 Token Lexer::Number() {
   const size_t start = position;
-  if (text[position] == '-' || text[position] == '+') ++position;
-  const size_t digits = position;
   bool whole = true;
   while (IsDigit(At(position))) ++position;
   if (At(position) == '.' && IsDigit(At(position + 1))) {
@@ -56,7 +55,6 @@ Token Lexer::Number() {
     ++position;
     while (IsDigit(At(position))) ++position;
   }
-  if (position == digits) return Error(start, "expected a number after the sign");
   if (At(position) == 'e' || At(position) == 'E') {
     size_t exponent = position + 1;
     if (At(exponent) == '-' || At(exponent) == '+') ++exponent;
@@ -69,14 +67,12 @@ Token Lexer::Number() {
   if (IsLetter(At(position)) || At(position) == '.')
     return Error(start, "this number isn't understood");
 
-  Token token{Token::Kind::kLiteral, start + 1, "", {}};
-  const char* first = text.data() + (text[start] == '+' ? start + 1 : start);
+  Token token{Token::Kind::kLiteral, ColumnOf(start), "", {}};
+  const char* first = text.data() + start;
   const char* last = text.data() + position;
   if (whole) {
     int64_t value = 0;
-    if (std::from_chars(first, last, value).ec != std::errc() || value < INT32_MIN ||
-        value > UINT32_MAX)
-      return Error(start, "whole numbers reach from -2147483648 to 4294967295");
+    if (std::from_chars(first, last, value).ec != std::errc()) return Error(start, kWholeReach);
     token.literal = value;
   } else {
     double value = 0;
@@ -87,19 +83,45 @@ Token Lexer::Number() {
   return token;
 }
 
+Token Lexer::Ampersand() {
+  switch (At(position + 1) | 0x20) {
+    case 'c':
+      return Colour();
+    case 'h':
+      return Radix(16, "a hexadecimal number reads &hFF");
+    case 'o':
+      return Radix(8, "an octal number reads &o17");
+    case 'b':
+      return Radix(2, "a binary number reads &b101");
+    default:
+      return Error(position,
+                   "'&' begins a colour, &cRRGGBB, or a number, like &hFF, &o17 and &b101");
+  }
+}
+
+Token Lexer::Radix(int base, const char* example) {
+  const size_t start = position;
+  for (position += 2; IsDigit(At(position)) || IsLetter(At(position));) ++position;
+  const char* first = text.data() + start + 2;
+  const char* last = text.data() + position;
+  uint32_t value = 0;
+  const auto [end, error] = std::from_chars(first, last, value, base);
+  if (error == std::errc::invalid_argument || end != last) return Error(start, example);
+  if (error != std::errc()) return Error(start, kWholeReach);
+  return {Token::Kind::kLiteral, ColumnOf(start), "", static_cast<int64_t>(value)};
+}
+
 Token Lexer::Colour() {
   const size_t start = position;
   uint32_t rgb = 0;
   size_t digits = 0;
-  if (At(position + 1) == 'c' || At(position + 1) == 'C') {
-    for (position += 2; IsDigit(At(position)) || IsLetter(At(position)); ++position, ++digits) {
-      const char c = static_cast<char>(At(position) | 0x20);  // digits have that bit already
-      if (!IsDigit(c) && (c < 'a' || c > 'f')) return Error(start, "a colour reads &cRRGGBB");
-      rgb = rgb << 4 | static_cast<uint32_t>(IsDigit(c) ? c - '0' : c - 'a' + 10);
-    }
+  for (position += 2; IsDigit(At(position)) || IsLetter(At(position)); ++position, ++digits) {
+    const char c = static_cast<char>(At(position) | 0x20);  // digits have that bit already
+    if (!IsDigit(c) && (c < 'a' || c > 'f')) return Error(start, "a colour reads &cRRGGBB");
+    rgb = rgb << 4 | static_cast<uint32_t>(IsDigit(c) ? c - '0' : c - 'a' + 10);
   }
   if (digits != 6) return Error(start, "a colour reads &cRRGGBB");
-  return {Token::Kind::kLiteral, start + 1, "", host::Colour{rgb}};
+  return {Token::Kind::kLiteral, ColumnOf(start), "", host::Colour{rgb}};
 }
 
 Token Lexer::Text() {
@@ -109,7 +131,7 @@ Token Lexer::Text() {
     if (text[position] == '"') {
       if (At(position + 1) != '"') {
         ++position;
-        return {Token::Kind::kLiteral, start + 1, "", std::move(content)};
+        return {Token::Kind::kLiteral, ColumnOf(start), "", std::move(content)};
       }
       ++position;  // a doubled quote stands for one
     }
@@ -120,7 +142,12 @@ Token Lexer::Text() {
 
 Token Lexer::Error(size_t at, std::string message) {
   position = at;
-  return {Token::Kind::kError, at + 1, std::move(message), {}};
+  return {Token::Kind::kError, ColumnOf(at), std::move(message), {}};
+}
+
+size_t Lexer::ColumnOf(size_t byte) {
+  for (; counted < byte; ++column) counted += CharacterLength(text.substr(counted));
+  return column;
 }
 
 }  // namespace runner

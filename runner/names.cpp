@@ -7,25 +7,13 @@
 namespace runner {
 namespace {
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return Lower(c); });
-  return lower;
-}
-
 // How many bytes of `text` are one printable UTF-8 character; 0: none.
 size_t PrintableLength(std::string_view text) {
-  const auto byte = [&](size_t i) { return static_cast<uint8_t>(text[i]); };
-  const uint8_t first = byte(0);
-  if (first < 0x80) return first >= 0x20 && first != 0x7F ? 1 : 0;
-  const size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-  if (first < 0xC2 || first > 0xF4 || text.size() < length) return 0;
-  for (size_t i = 1; i < length; ++i)
-    if ((byte(i) & 0xC0) != 0x80) return 0;
+  const auto first = static_cast<uint8_t>(text[0]);
+  const size_t length = CharacterLength(text);
+  if (length == 1) return first >= 0x20 && first < 0x7F ? 1 : 0;
   // Control characters of Latin 1 move a terminal's cursor too.
-  if (first == 0xC2 && byte(1) < 0xA0) return 0;
+  if (first == 0xC2 && static_cast<uint8_t>(text[1]) < 0xA0) return 0;
   return length;
 }
 
@@ -48,6 +36,28 @@ size_t EditDistance(std::string_view a, std::string_view b) {
 }
 
 }  // namespace
+
+size_t CharacterLength(std::string_view text) {
+  const auto byte = [&](size_t i) { return static_cast<uint8_t>(text[i]); };
+  const uint8_t first = byte(0);
+  if (first < 0xC2 || first > 0xF4) return 1;
+  const size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  if (text.size() < length) return 1;
+  for (size_t i = 1; i < length; ++i)
+    if ((byte(i) & 0xC0) != 0x80) return 1;
+  // Longer than need be, half of a pair of UTF-16, or beyond the last character.
+  if ((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
+      (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F))
+    return 1;
+  return length;
+}
+
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lower;
+}
 
 std::string Quoted(std::string_view text) {
   std::string quoted = "'";
@@ -75,10 +85,10 @@ std::string Shown(std::string_view text) {
 }
 
 std::vector<std::string> Nearest(std::string_view name, std::span<const std::string> candidates) {
-  const std::string wanted = Lower(name.substr(0, 100));
+  const std::string wanted = LowerCase(name.substr(0, 100));
   std::vector<std::pair<size_t, std::string>> near;
   for (const std::string& candidate : candidates) {
-    const std::string lower = Lower(candidate);
+    const std::string lower = LowerCase(candidate);
     size_t distance = EditDistance(wanted, lower);
     // Who types the beginning of a name, or its middle, may mean that name.
     if (wanted.size() >= 3 && lower.find(wanted) != std::string::npos)

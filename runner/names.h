@@ -1,12 +1,20 @@
 // Names in messages: made safe to show, and guessed when misspelt.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace runner {
+
+// How many bytes of `text`, which isn't empty, its first character takes: 1 where they aren't
+// UTF-8.
+size_t CharacterLength(std::string_view text);
+
+// ASCII letters made small; names that differ in case alone become the same.
+std::string LowerCase(std::string_view text);
 
 // A file name or an expression as it can stand in a message: on one line, in quotation marks, with
 // line ends, other control characters and bytes that aren't UTF-8 written as \n or \x1B.

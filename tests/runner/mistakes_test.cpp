@@ -81,6 +81,27 @@ TEST_F(Mistakes, ExpressionsThatAreNone) {
   EXPECT_EQ(Of("InvertKRT(10, 10"),
             "in 'InvertKRT(10, 10', column 17: expected ',' or ')' but it ends here");
   EXPECT_EQ(Of(""), "in '', column 1: expected a call or a value but it ends here");
+  EXPECT_EQ(Of("PictureSepiaKRT(SepiaRed = 40, sepiared = 20)"),
+            "in 'PictureSepiaKRT(SepiaRed = 40, sepiared = 20)', column 32: sepiared is given "
+            "twice");
+  EXPECT_EQ(
+      Of("PictureLut3DKRT(Table = cube(\"three.cube\"), table = cube(\"three.cube\"))"),
+      "in '...DKRT(Table = cube(\"three.cube\"), table = cube(\"three.cube\"))', column 45: table "
+      "is given twice");
+  EXPECT_EQ(Of("ChangeContrastKRT(Contrast = 1.5, CONTRAST = 2)"),
+            "in 'ChangeContrastKRT(Contrast = 1.5, CONTRAST = 2)', column 35: CONTRAST is given "
+            "twice");
+  EXPECT_EQ(Of("ChangeSaturationKRT(150, amount = 2)"),
+            "Amount is given twice; it is declared ChangeSaturationKRT(Amount as integer) as "
+            "picture");
+  EXPECT_EQ(Of("picture(\"caf\xC3\xA9.png\") + 1"),
+            "in 'picture(\"caf\xC3\xA9.png\") + 1', column 1: only constants can be calculated "
+            "with, and 'picture' is a name");
+  EXPECT_EQ(Of("picture(\"caf\xC3\xA9.png\", 1 / 0)"),
+            "in 'picture(\"caf\xC3\xA9.png\", 1 / 0)', column 23: division by zero");
+  EXPECT_EQ(Of("ChangeSaturationKRT(&h1FFFFFFFF)"),
+            "in 'ChangeSaturationKRT(&h1FFFFFFFF)', column 21: whole numbers reach from "
+            "-2147483648 to 4294967295");
 }
 
 TEST_F(Mistakes, NamesThatNothingHas) {
@@ -93,6 +114,16 @@ TEST_F(Mistakes, NamesThatNothingHas) {
             "there is no method, class or value called pictur; did you mean picture?");
   EXPECT_EQ(Of("PictureSepiaKRT(SepiaRde = 4)"),
             "PictureSepiaKRT has no property SepiaRde; did you mean SepiaRed?");
+  EXPECT_EQ(Of("INVRTKRT"),
+            "there is no method, class or value called INVRTKRT; did you mean InvertKRT?");
+  EXPECT_EQ(Of("picturesepiakrt(SEPIARDE = 4)"),
+            "PictureSepiaKRT has no property SEPIARDE; did you mean SepiaRed?");
+  EXPECT_EQ(Of("PictureLut3DKRT(TABEL = cube(\"three.cube\"), table = cube(\"three.cube\"))"),
+            "PictureLut3DKRT has no table called TABEL; did you mean Table?");
+  EXPECT_EQ(Of("PictureSepiaKRT(SepiaRed = cube(\"three.cube\"))"),
+            "PictureSepiaKRT has no table called SepiaRed");
+  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "RDE=x.bin"}),
+            "nothing is called RDE that could be saved; did you mean red?");
   EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "rde=x.bin"}),
             "nothing is called rde that could be saved; did you mean red?");
   // Found before anything is evaluated.

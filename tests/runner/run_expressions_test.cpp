@@ -17,6 +17,58 @@ TEST_F(RunCommand, SeveralExpressionsWorkInTurn) {
   EXPECT_EQ(out, "CountColorKRT = 0\n");
 }
 
+TEST_F(RunCommand, NamesAreTheSameInCapitalsAndSmallLetters) {
+  const Image image = Noise(12, 9);
+  Save(image, At("in.png"), "png");
+  const Surroundings here{scratch.Folder().native()};
+  // A method, a parameter, a value, the current picture, constants, and what is saved.
+  Done({"run", "in.png", "DARK = invertkrt(LEFT = 0, TOP = 0, WIDTH = 12, HEIGHT = 9)",
+        "MERGEPICTUREKRT(dark, SELF.INVERTKRT)", "--save", "Dark=dark.png", "-o", "out.png"},
+       here);
+  for (const std::string name : {"dark.png", "out.png"})
+    ExpectPixels(At(name), 12, 9, [&](int x, int y) { return Inverted(image.At(x, y)); });
+  EXPECT_EQ(Done({"run", "in.png", "SCROLLHORIZONTALKRT(0, TRUE, False)"}, here),
+            "SCROLLHORIZONTALKRT = true\n");
+  EXPECT_EQ(RunProgram({"run", "in.png", "replaceredchannelkrt(NIL)", "-o", "no.png"}, here).err,
+            "picturehost: ReplaceRedChannelKRT raised NilObjectException: The channel picture is "
+            "nil.\n");
+  // A file, a pair that is assigned to, and results by reference.
+  Done(
+      {"run", "in.png", "embeddedmaskkrt(FALSE) = PICTURE(\"in.png\")",
+       "EMBEDDEDMASKKRT(SWAP = TRUE)", "COUNTCOLORSKRT", "--save", "RED=red.bin", "-o", "mask.png"},
+      here);
+  EXPECT_EQ(ReadBytes(At("red.bin")).size(), 1024U);
+  // A class and its properties.
+  Done({"run", "in.png", "PICTURESEPIAKRT(SEPIARED = 40, sourcepicture = Self)", "-o", "sepia.png"},
+       here);
+  ExpectPixels(At("sepia.png"), 12, 9, [&](int x, int y) {
+    const Pixel pixel = image.At(x, y);
+    const auto grey = uint8_t((pixel[0] * 306 + pixel[1] * 601 + pixel[2] * 116) / 1024);
+    return Pixel{uint8_t(std::min(255, grey + 40)), grey, grey};
+  });
+  // A class's table.
+  std::string cube = "LUT_3D_SIZE 2\n";
+  for (int i = 0; i < 8; ++i) cube += i % 2 == 0 ? "1 1 1\n" : "0 0 0\n";
+  WriteBytes(At("film.cube"), cube);
+  Done({"run", "in.png", "PICTURELUT3DKRT(TABLE = CUBE(\"film.cube\"))", "-o", "film.png"}, here);
+  EXPECT_EQ(Read(At("film.png")).width, 12);
+}
+
+TEST_F(RunCommand, ConstantsMayBeCalculated) {
+  EXPECT_EQ(Done({"run", "--no-picture", "10 + 5", "&hFF Mod &b1000", "--", "-2 * 3"}),
+            "value = 15\nvalue = 7\nvalue = -6\n");
+  EXPECT_EQ(Done({"run", "--no-picture", "1 / 4", "7 \\ 2", "&hFFFFFFFF"}),
+            "value = 0.25\nvalue = 3\nvalue = 4294967295\n");
+  const Image image = Noise(20, 10);
+  Save(image, At("in.png"), "png");
+  Done({"run", At("in.png"), "InvertKRT(2 * 2, 10 \\ 5, &hA - 1, (1 + 2) * 2)", "-o",
+        At("out.png")});
+  ExpectPixels(At("out.png"), 20, 10, [&](int x, int y) {
+    const bool inside = x >= 4 && x < 13 && y >= 2 && y < 8;
+    return inside ? Inverted(image.At(x, y)) : Pixel{255, 255, 255};
+  });
+}
+
 TEST_F(RunCommand, AMethodIsCalledEachTimeItIsNamed) {
   Save(MakeImage(3, 3, [](int, int) { return Pixel{255, 255, 255}; }), At("white.png"), "png");
   EXPECT_EQ(Done({"run", At("white.png"), "isWhiteKRT", "InvertKRT", "isWhiteKRT", "isBlackKRT",
