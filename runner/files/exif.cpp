@@ -112,4 +112,12 @@ std::optional<Resolution> ResolutionInExif(const std::string& block) {
   return Resolution{x / MillimetresIn(unit), y / MillimetresIn(unit), unit != kCentimetres};
 }
 
+int OrientationInExif(const std::string& block) {
+  const Exif exif = Read(block);
+  const ExifEntry* entry = exif == nullptr ? nullptr : Find(exif, EXIF_IFD_0, EXIF_TAG_ORIENTATION);
+  if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components != 1) return 0;
+  const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
+  return orientation <= 8 ? orientation : 0;
+}
+
 }  // namespace runner

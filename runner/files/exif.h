@@ -22,4 +22,7 @@ std::string ExifOfResult(const std::string& exif, int width, int height,
 // What the block says of it.
 std::optional<Resolution> ResolutionInExif(const std::string& exif);
 
+// 1 to 8; 0: the block says nothing of it.
+int OrientationInExif(const std::string& exif);
+
 }  // namespace runner

@@ -8,6 +8,7 @@
 #include <vector>
 #include <vips/vips8>
 
+#include "runner/files/container_writer.h"
 #include "runner/files/metadata_fields.h"
 #include "runner/files/page_rows.h"
 #include "runner/files/vips_library.h"
@@ -324,8 +325,15 @@ void WriteBlob(VipsBlob* blob, const ByteSink& write) {
   vips_area_unref(VIPS_AREA(blob));
 }
 
-void Save(const VImage& image, const ImageFormat& format, const std::string& options,
-          const ByteSink& write) {
+// Formats that libvips leaves metadata out of.
+bool NeedsMetadata(const ImageFormat& format, const Metadata& metadata) {
+  const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
+                    !metadata.icc.empty() || !metadata.comments.empty();
+  return some && (format.name == "gif" || format.name == "jxl");
+}
+
+void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,
+          const std::string& options, const ByteSink& write) {
   const std::string saver(format.saver);
   if (saver.ends_with("_buffer")) {
     VipsBlob* blob = nullptr;
@@ -333,13 +341,18 @@ void Save(const VImage& image, const ImageFormat& format, const std::string& opt
                                VImage::option()->set("in", image)->set("buffer", &blob));
     return WriteBlob(blob, write);
   }
-  if (format.name == "tiff" || format.name == "jp2") {  // they go back and complete what they began
+  // They go back and complete what they began, or they are completed here.
+  if (format.name == "tiff" || format.name == "jp2" || NeedsMetadata(format, metadata)) {
     const VTarget target = VTarget::new_to_memory();
     VImage::call_option_string(saver.c_str(), options.c_str(),
                                VImage::option()->set("in", image)->set("target", target));
     VipsBlob* blob = nullptr;
     g_object_get(target.get_target(), "blob", &blob, nullptr);
-    return WriteBlob(blob, write);
+    return WriteBlob(blob, [&](const void* bytes, size_t size) {
+      const std::string file = WithContainerMetadata(
+          std::string(static_cast<const char*>(bytes), size), format, metadata);
+      write(file.data(), file.size());
+    });
   }
   Target sink{write, nullptr};
   const VTarget target(VIPS_TARGET(vips_target_custom_new()));
@@ -428,7 +441,7 @@ void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Or
     const ByteSink commented = [&](const void* bytes, size_t count) {
       comments.Write(static_cast<const char*>(bytes), count);
     };
-    Save(image, format, InBrackets(choices, encoding.options),
+    Save(image, format, metadata, InBrackets(choices, encoding.options),
          format.name == "jpeg" ? commented : write);
   } catch (const vips::VError&) {
     const std::string problem = VipsProblem(vips_error_buffer());

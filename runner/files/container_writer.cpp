@@ -1,0 +1,130 @@
+#include "runner/files/container_writer.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+#include "runner/files/bytes.h"
+#include "runner/files/iptc.h"
+#include "runner/files/tiff_tags.h"
+
+namespace runner {
+namespace {
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+constexpr size_t kExifHeader = 6;
+
+std::string BigEndian(uint64_t number) {
+  std::string bytes;
+  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
+  return bytes;
+}
+
+constexpr size_t kBoxHeader = 8;
+std::string NewBox(std::string_view kind, std::string_view content) {
+  return BigEndian(kBoxHeader + content.size()) + std::string(kind) + std::string(content);
+}
+
+std::string GifBlocks(std::string_view data) {
+  constexpr size_t kLargest = 255;
+  std::string blocks;
+  for (size_t at = 0; at < data.size(); at += kLargest) {
+    const std::string_view part = data.substr(at, kLargest);
+    blocks += static_cast<char>(part.size());
+    blocks += part;
+  }
+  return blocks + '\0';
+}
+
+// A reader that takes XMP's characters for sizes of blocks is led to the end from wherever it is.
+std::string GifXmp(std::string_view xmp) {
+  std::string extension = "!\xFF\x0BXMP DataXMP" + std::string(xmp) + '\1';
+  for (int value = 255; value >= 0; --value) extension += static_cast<char>(value);
+  return extension + '\0';
+}
+
+std::string ToGif(std::string file, const Metadata& metadata) {
+  constexpr size_t kHeader = 13, kFlags = 10;
+  const uint32_t flags = Byte(file, kFlags);
+  const size_t start = kHeader + ((flags & 0x80) == 0 ? 0 : size_t{3} << ((flags & 7) + 1));
+  if (start > file.size()) return file;
+  std::string extensions;
+  for (const std::string& comment : metadata.comments)
+    if (!comment.empty()) extensions += "!\xFE" + GifBlocks(comment);
+  if (!metadata.xmp.empty()) extensions += GifXmp(metadata.xmp);
+  if (!metadata.icc.empty()) extensions += "!\xFF\x0BICCRGBG1012" + GifBlocks(metadata.icc);
+  return file.insert(start, extensions);
+}
+
+std::string ToJxl(std::string file, const Metadata& metadata) {
+  std::string boxes;
+  if (metadata.exif.size() > kExifHeader)
+    boxes += NewBox("Exif", BigEndian(0) + metadata.exif.substr(kExifHeader));
+  if (!metadata.xmp.empty()) boxes += NewBox("xml ", metadata.xmp);
+  if (boxes.empty()) return file;
+  if (!file.starts_with("\xFF\x0A")) return file + boxes;
+  return NewBox("JXL ", "\r\n\x87\n") + NewBox("ftyp", "jxl \0\0\0\0jxl "sv) + boxes +
+         NewBox("jxlc", file);
+}
+
+// Gives the header's colour box the profile. Offsets in the file count from nowhere before it.
+void SetJp2Profile(std::string* file, const std::string& icc) {
+  for (size_t at = 0; at + kBoxHeader <= file->size();) {
+    const size_t length = BigEndian32(*file, at);
+    if (length < kBoxHeader || length > file->size() - at) return;
+    if (file->compare(at + 4, 4, "jp2h") != 0) {
+      at += length;
+      continue;
+    }
+    for (size_t inner = at + kBoxHeader; inner + kBoxHeader <= at + length;) {
+      const size_t size = BigEndian32(*file, inner);
+      if (size < kBoxHeader || size > at + length - inner) return;
+      if (file->compare(inner + 4, 4, "colr") == 0) {
+        const std::string box = NewBox("colr", "\2\0\0"s + icc);
+        file->replace(inner, size, box);
+        file->replace(at, 4, BigEndian(length - size + box.size()));
+        return;
+      }
+      inner += size;
+    }
+    return;
+  }
+}
+
+std::string ToJp2(std::string file, const Metadata& metadata) {
+  // A bare stream of pixels has no boxes.
+  if (file.compare(4, 4, "jP  ") != 0) return file;
+  if (!metadata.icc.empty()) SetJp2Profile(&file, metadata.icc);
+  if (metadata.exif.size() > kExifHeader)
+    file += NewBox("uuid", "JpgTiffExif->JP2" + metadata.exif.substr(kExifHeader));
+  if (!metadata.xmp.empty())
+    file += NewBox(
+        "uuid", "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC" + metadata.xmp);
+  if (const std::string records = IptcRecords(metadata.iptc); !records.empty())
+    file += NewBox("uuid",
+                   "\x33\xC7\xA4\xD2\xB8\x1D\x47\x23\xA0\xBA\xF1\xA3\xE0\x97\xAD\x38" + records);
+  return file;
+}
+
+std::string ToTiff(std::string file, const Metadata& metadata) {
+  if (metadata.exif.size() <= kExifHeader) return file;
+  const std::string block = metadata.exif.substr(kExifHeader);
+  const std::filesystem::path none;
+  const std::optional<TiffTags> tags = ReadTiffTags({block, none});
+  return tags ? WithTiffTags(std::move(file), *tags) : file;
+}
+
+}  // namespace
+
+std::string WithContainerMetadata(std::string file, const ImageFormat& format,
+                                  const Metadata& metadata) {
+  if (format.name == "tiff") return ToTiff(std::move(file), metadata);
+  if (format.name == "gif") return ToGif(std::move(file), metadata);
+  if (format.name == "jxl") return ToJxl(std::move(file), metadata);
+  if (format.name == "jp2") return ToJp2(std::move(file), metadata);
+  return file;
+}
+
+}  // namespace runner
