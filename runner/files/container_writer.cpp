@@ -109,11 +109,17 @@ std::string ToJp2(std::string file, const Metadata& metadata) {
 }
 
 std::string ToTiff(std::string file, const Metadata& metadata) {
-  if (metadata.exif.size() <= kExifHeader) return file;
-  const std::string block = metadata.exif.substr(kExifHeader);
+  const std::string block =
+      metadata.exif.size() > kExifHeader ? metadata.exif.substr(kExifHeader) : std::string();
   const std::filesystem::path none;
-  const std::optional<TiffTags> tags = ReadTiffTags({block, none});
-  return tags ? WithTiffTags(std::move(file), *tags) : file;
+  TiffTags tags;
+  if (!block.empty()) tags = ReadTiffTags({block, none}).value_or(TiffTags());
+  // libvips would write a quarter of it.
+  constexpr uint16_t kIptc = 33723, kUndefined = 7;
+  if (std::string records = IptcRecords(metadata.iptc); !records.empty())
+    tags.image.push_back(
+        {kIptc, kUndefined, static_cast<uint32_t>(records.size()), std::move(records)});
+  return WithTiffTags(std::move(file), tags);
 }
 
 }  // namespace

@@ -7,9 +7,9 @@
 
 namespace runner {
 
-// The file with what `metadata` has and libvips leaves out. TIFF: EXIF; GIF: comments, XMP and the
-// profile; JPEG 2000: EXIF, XMP, IPTC and the profile; JPEG XL: EXIF and XMP. The file as it is
-// where its format is another one.
+// The file with what `metadata` has and libvips leaves out. TIFF: EXIF and IPTC; GIF: comments, XMP
+// and the profile; JPEG 2000: EXIF, XMP, IPTC and the profile; JPEG XL: EXIF and XMP. The file as
+// it is where its format is another one.
 std::string WithContainerMetadata(std::string file, const ImageFormat& format,
                                   const Metadata& metadata);
 

@@ -3,9 +3,12 @@
 #include <libexif/exif-data.h>
 #include <libexif/exif-utils.h>
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+
+#include "runner/files/tiff_tags.h"
 
 namespace runner {
 namespace {
@@ -101,6 +104,26 @@ std::string ExifOfResult(const std::string& block, int width, int height,
   exif_data_save_data(exif.get(), &bytes, &size);
   const std::unique_ptr<unsigned char, decltype(&free)> owner(bytes, free);
   return bytes == nullptr ? std::string() : std::string(reinterpret_cast<char*>(bytes), size);
+}
+
+std::string ExifWithResolution(const Resolution& resolution) {
+  const unsigned unit = resolution.inches ? kInches : kCentimetres;
+  const auto ratio = [&](ExifTag tag, double perMillimetre) {
+    constexpr uint32_t kDenominator = 1000;
+    const std::array<uint32_t, 2> numbers = {
+        static_cast<uint32_t>(std::llround(perMillimetre * MillimetresIn(unit) * kDenominator)),
+        kDenominator};
+    TiffTag made{static_cast<uint16_t>(tag), EXIF_FORMAT_RATIONAL, 1, std::string(8, '\0')};
+    auto* bytes = reinterpret_cast<unsigned char*>(made.value.data());
+    exif_set_long(bytes, EXIF_BYTE_ORDER_INTEL, numbers[0]);
+    exif_set_long(bytes + 4, EXIF_BYTE_ORDER_INTEL, numbers[1]);
+    return made;
+  };
+  TiffTags tags;
+  tags.image = {ratio(EXIF_TAG_X_RESOLUTION, resolution.horizontal),
+                ratio(EXIF_TAG_Y_RESOLUTION, resolution.vertical),
+                {EXIF_TAG_RESOLUTION_UNIT, EXIF_FORMAT_SHORT, 1, {static_cast<char>(unit), '\0'}}};
+  return ExifBlock(tags);
 }
 
 std::optional<Resolution> ResolutionInExif(const std::string& block) {

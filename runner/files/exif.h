@@ -19,6 +19,9 @@ struct Resolution {
 std::string ExifOfResult(const std::string& exif, int width, int height,
                          const std::optional<Resolution>& resolution);
 
+// A block that says nothing else.
+std::string ExifWithResolution(const Resolution& resolution);
+
 // What the block says of it.
 std::optional<Resolution> ResolutionInExif(const std::string& exif);
 

@@ -3,6 +3,8 @@
 #include <string_view>
 #include <vector>
 
+#include "runner/files/iptc.h"
+
 namespace runner {
 namespace {
 
@@ -48,6 +50,23 @@ void SetExif(const VImage& image, const std::string& exif) {
   g_strfreev(names);
 }
 
+void SetText(const VImage& image, size_t number, std::string_view keyword,
+             const std::string& text) {
+  const std::string name = "png-comment-" + std::to_string(number) + "-" + std::string(keyword);
+  vips_image_set_string(image.get_image(), name.c_str(), text.c_str());
+}
+
+void SetIptc(const VImage& image, const std::string& iptc, const ImageFormat& format) {
+  const std::string records = IptcRecords(iptc);
+  if (records.empty()) return;
+  // Other image resources stay beside it.
+  if (format.name == "jpeg")
+    SetBlob(image, VIPS_META_IPTC_NAME, iptc == records ? IptcResources(records) : iptc);
+  constexpr size_t kBehindComments = 1000;
+  if (format.name == "png")
+    SetText(image, kBehindComments, kIptcKeyword, IptcText(IptcResources(records)));
+}
+
 }  // namespace
 
 std::string SrgbProfile() {
@@ -60,7 +79,7 @@ std::string SrgbProfile() {
   return profile;
 }
 
-VImage WithMetadata(VImage image, const Metadata& metadata) {
+VImage WithMetadata(VImage image, const Metadata& metadata, const ImageFormat& format) {
   // Some formats always say something. Where nothing is known, it is what most programs assume.
   constexpr double kAssumed = 72 / 25.4;
   const Resolution resolution = metadata.resolution.value_or(Resolution{kAssumed, kAssumed, true});
@@ -70,12 +89,10 @@ VImage WithMetadata(VImage image, const Metadata& metadata) {
                         resolution.inches ? "in" : "cm");
   SetExif(image, metadata.exif);
   SetBlob(image, VIPS_META_XMP_NAME, metadata.xmp);
-  SetBlob(image, VIPS_META_IPTC_NAME, metadata.iptc);
+  SetIptc(image, metadata.iptc, format);
   SetBlob(image, VIPS_META_ICC_NAME, metadata.icc);
   for (size_t i = 0; i < metadata.comments.size(); ++i)
-    vips_image_set_string(image.get_image(),
-                          ("png-comment-" + std::to_string(i) + "-Comment").c_str(),
-                          metadata.comments[i].c_str());
+    SetText(image, i, "Comment", metadata.comments[i]);
   return image;
 }
 
