@@ -22,6 +22,11 @@ std::string BigEndian(uint64_t number) {
   return bytes;
 }
 
+std::string LittleEndian(uint64_t number) {
+  std::string bytes = BigEndian(number);
+  return {bytes.rbegin(), bytes.rend()};
+}
+
 constexpr size_t kBoxHeader = 8;
 std::string NewBox(std::string_view kind, std::string_view content) {
   return BigEndian(kBoxHeader + content.size()) + std::string(kind) + std::string(content);
@@ -108,6 +113,54 @@ std::string ToJp2(std::string file, const Metadata& metadata) {
   return file;
 }
 
+// The checksum of a PNG chunk, bit by bit: metadata is short.
+uint32_t ChunkChecksum(std::string_view bytes) {
+  uint32_t sum = ~uint32_t{0};
+  for (const char c : bytes) {
+    sum ^= static_cast<uint8_t>(c);
+    for (int i = 0; i < 8; ++i) sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320 : 0);
+  }
+  return ~sum;
+}
+
+// libvips writes EXIF a second time behind the pixels, and XMP where few programs look for it.
+std::string ToPng(const std::string& file, const Metadata& metadata) {
+  constexpr size_t kSignature = 8, kAround = 12;
+  std::string result = file.substr(0, kSignature);
+  bool pixels = false;
+  for (size_t at = kSignature; at + kAround <= file.size();) {
+    const size_t length = BigEndian32(file, at) + kAround;
+    if (length > file.size() - at) return file;
+    const std::string_view kind = std::string_view(file).substr(at + 4, 4);
+    if (kind == "IDAT" && !pixels) {
+      pixels = true;
+      if (!metadata.xmp.empty()) {
+        const std::string chunk = "iTXtXML:com.adobe.xmp\0\0\0\0\0"s + metadata.xmp;
+        result += BigEndian(chunk.size() - 4) + chunk + BigEndian(ChunkChecksum(chunk));
+      }
+    }
+    if (kind != "eXIf" || !pixels) result.append(file, at, length);
+    at += length;
+  }
+  return result;
+}
+
+// libvips begins EXIF there as in a JPEG file. Other programs find that wrong.
+std::string ToWebp(std::string file) {
+  constexpr size_t kFirst = 12, kHeader = 8;
+  for (size_t at = kFirst; at + kHeader <= file.size();) {
+    const uint64_t size = LittleEndian32(file, at + 4);
+    if (file.compare(at, 4, "EXIF") == 0 && size > kExifHeader &&
+        file.compare(at + kHeader, kExifHeader, "Exif\0\0", kExifHeader) == 0) {
+      file.erase(at + kHeader, kExifHeader);
+      file.replace(at + 4, 4, LittleEndian(size - kExifHeader));
+      return file.replace(4, 4, LittleEndian(file.size() - kHeader));
+    }
+    at += kHeader + (size + 1) / 2 * 2;
+  }
+  return file;
+}
+
 std::string ToTiff(std::string file, const Metadata& metadata) {
   const std::string block =
       metadata.exif.size() > kExifHeader ? metadata.exif.substr(kExifHeader) : std::string();
@@ -130,6 +183,8 @@ std::string WithContainerMetadata(std::string file, const ImageFormat& format,
   if (format.name == "gif") return ToGif(std::move(file), metadata);
   if (format.name == "jxl") return ToJxl(std::move(file), metadata);
   if (format.name == "jp2") return ToJp2(std::move(file), metadata);
+  if (format.name == "png") return ToPng(file, metadata);
+  if (format.name == "webp") return ToWebp(std::move(file));
   return file;
 }
 

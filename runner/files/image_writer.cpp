@@ -155,8 +155,8 @@ constexpr auto kPlaces = std::to_array<Places>({
     {"tiff", true, true, true, true, false},
     {"webp", true, true, false, true, false},
     {"gif", false, true, false, true, true},
-    {"heic", true, false, false, true, false},  // libvips writes no XMP there
-    {"avif", true, false, false, true, false},
+    {"heic", true, true, false, true, false},
+    {"avif", true, true, false, true, false},
     {"jxl", true, true, false, true, false},
     {"jp2", true, true, true, true, false},
 });
@@ -381,11 +381,12 @@ void WriteBlob(VipsBlob* blob, const ByteSink& write) {
   vips_area_unref(VIPS_AREA(blob));
 }
 
-// Formats that libvips leaves metadata out of.
+// Formats in which libvips leaves metadata out, or begins it with what doesn't belong there.
 bool NeedsMetadata(const ImageFormat& format, const Metadata& metadata) {
   const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
                     !metadata.icc.empty() || !metadata.comments.empty();
-  return some && (format.name == "gif" || format.name == "jxl");
+  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl" ||
+                  format.name == "webp");
 }
 
 void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,

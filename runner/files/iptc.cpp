@@ -1,5 +1,6 @@
 #include "runner/files/iptc.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 
@@ -56,28 +57,21 @@ std::string IptcText(std::string_view block) {
   return text + '\n';
 }
 
-// A name, a number of bytes and the bytes, with space between them.
+// Behind an empty line, a name and a number of bytes come the bytes.
 std::string BytesOfText(std::string_view text) {
-  const auto skip = [&](bool space) {
-    size_t count = 0;
-    while (count < text.size() &&
-           (std::isspace(static_cast<unsigned char>(text[count])) != 0) == space)
-      ++count;
-    text.remove_prefix(count);
-  };
-  for (int i = 0; i < 2; ++i) {
-    skip(true);
-    skip(false);
-  }
+  for (int line = 0; line < 3; ++line)
+    text.remove_prefix(std::min(text.size(), text.find('\n') + 1));
   std::string bytes;
-  for (skip(true); text.size() >= 2; skip(true)) {
+  while (true) {
+    while (!text.empty() && std::isspace(static_cast<unsigned char>(text[0])) != 0)
+      text.remove_prefix(1);
+    if (text.size() < 2) return bytes;
     unsigned value = 0;
     const char* end = text.data() + 2;
     if (std::from_chars(text.data(), end, value, 16).ptr != end) return {};
     bytes += static_cast<char>(value);
     text.remove_prefix(2);
   }
-  return bytes;
 }
 
 }  // namespace runner

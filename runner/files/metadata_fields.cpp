@@ -88,7 +88,7 @@ VImage WithMetadata(VImage image, const Metadata& metadata, const ImageFormat& f
   vips_image_set_string(image.get_image(), VIPS_META_RESOLUTION_UNIT,
                         resolution.inches ? "in" : "cm");
   SetExif(image, metadata.exif);
-  SetBlob(image, VIPS_META_XMP_NAME, metadata.xmp);
+  if (format.name != "png") SetBlob(image, VIPS_META_XMP_NAME, metadata.xmp);
   SetIptc(image, metadata.iptc, format);
   SetBlob(image, VIPS_META_ICC_NAME, metadata.icc);
   for (size_t i = 0; i < metadata.comments.size(); ++i)
