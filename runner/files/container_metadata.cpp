@@ -1,6 +1,7 @@
 #include "runner/files/container_metadata.h"
 
 #include <algorithm>
+#include <cctype>
 #include <string_view>
 
 #include "runner/files/bytes.h"
@@ -237,6 +238,41 @@ void AddFromJp2(Bytes* bytes, Metadata* metadata) {
   });
 }
 
+// Lines in the header, which consists of three or four words. Lines one below the other are one
+// comment.
+void AddFromPpm(Bytes* bytes, Metadata* metadata) {
+  constexpr uint64_t kLargestHeader = 65536;
+  const std::string head = bytes->Part(0, kLargestHeader);
+  const size_t words = head.starts_with("P1") || head.starts_with("P4") ? 3 : 4;
+  std::vector<std::string> comments;
+  bool follows = false;
+  for (size_t at = 0, word = 0; at < head.size();) {
+    if (head[at] == '#') {
+      const size_t end = std::min(head.find('\n', at), head.size());
+      const size_t start = Byte(head, at + 1) == ' ' ? at + 2 : at + 1;
+      const std::string text = head.substr(std::min(start, end), end - std::min(start, end));
+      if (follows)
+        comments.back() += '\n' + text;
+      else
+        comments.push_back(text);
+      follows = true;
+      at = end + 1;
+    } else if (std::isspace(static_cast<unsigned char>(head[at])) != 0) {
+      ++at;
+    } else {
+      if (++word == words) break;
+      follows = false;
+      while (at < head.size() && head[at] != '#' &&
+             std::isspace(static_cast<unsigned char>(head[at])) == 0)
+        ++at;
+    }
+  }
+  // libvips signs its files.
+  std::erase_if(comments,
+                [](const std::string& comment) { return comment.starts_with("vips2ppm"); });
+  if (metadata->comments.empty()) metadata->comments = std::move(comments);
+}
+
 bool IsXmp(std::string_view block) {
   return block.starts_with("<?xpacket") || block.starts_with("<x:xmpmeta") ||
          block.starts_with("<rdf:RDF");
@@ -271,6 +307,7 @@ void AddContainerMetadata(const FileContent& content, VipsImage* image, const Im
   AddFromFields(image, metadata);
   if (format.name == "jpeg") AddFromJpeg(&bytes, metadata);
   if (format.name == "png") AddFromPng(&bytes, metadata);
+  if (format.name == "ppm") AddFromPpm(&bytes, metadata);
   if (format.name == "gif") AddFromGif(&bytes, metadata);
   if (format.name == "jxl") AddFromJxl(&bytes, metadata);
   if (format.name == "jp2") AddFromJp2(&bytes, metadata);

@@ -123,6 +123,20 @@ uint32_t ChunkChecksum(std::string_view bytes) {
   return ~sum;
 }
 
+std::string Chunk(std::string_view kindAndData) {
+  constexpr size_t kKind = 4;
+  return BigEndian(kindAndData.size() - kKind) + std::string(kindAndData) +
+         BigEndian(ChunkChecksum(kindAndData));
+}
+
+std::string PngTexts(const Metadata& metadata) {
+  std::string chunks;
+  if (!metadata.xmp.empty()) chunks += Chunk("iTXtXML:com.adobe.xmp\0\0\0\0\0"s + metadata.xmp);
+  if (const std::string records = IptcRecords(metadata.iptc); !records.empty())
+    chunks += Chunk("tEXt" + std::string(kIptcKeyword) + '\0' + IptcText(IptcResources(records)));
+  return chunks;
+}
+
 // libvips writes EXIF a second time behind the pixels, and XMP where few programs look for it.
 std::string ToPng(const std::string& file, const Metadata& metadata) {
   constexpr size_t kSignature = 8, kAround = 12;
@@ -134,10 +148,7 @@ std::string ToPng(const std::string& file, const Metadata& metadata) {
     const std::string_view kind = std::string_view(file).substr(at + 4, 4);
     if (kind == "IDAT" && !pixels) {
       pixels = true;
-      if (!metadata.xmp.empty()) {
-        const std::string chunk = "iTXtXML:com.adobe.xmp\0\0\0\0\0"s + metadata.xmp;
-        result += BigEndian(chunk.size() - 4) + chunk + BigEndian(ChunkChecksum(chunk));
-      }
+      result += PngTexts(metadata);
     }
     if (kind != "eXIf" || !pixels) result.append(file, at, length);
     at += length;
@@ -145,18 +156,41 @@ std::string ToPng(const std::string& file, const Metadata& metadata) {
   return result;
 }
 
-// libvips begins EXIF there as in a JPEG file. Other programs find that wrong.
-std::string ToWebp(std::string file) {
-  constexpr size_t kFirst = 12, kHeader = 8;
+// Comments are lines behind the first one. libvips writes one of its own, with the time in it.
+std::string ToPpm(std::string file, const Metadata& metadata) {
+  std::string lines;
+  for (const std::string& comment : metadata.comments) {
+    lines += "# ";
+    for (const char c : comment) lines += c == '\n' ? "\n# " : std::string(1, c);
+    lines += '\n';
+  }
+  const size_t start = file.find('\n') + 1;
+  const size_t end = Byte(file, start) == '#' ? file.find('\n', start) + 1 : start;
+  return start == 0 || end == 0 ? file : file.replace(start, end - start, lines);
+}
+
+// libvips writes EXIF where there is none, and begins it as in a JPEG file, which other programs
+// find wrong.
+std::string ToWebp(std::string file, const Metadata& metadata) {
+  constexpr size_t kFirst = 12, kHeader = 8, kFlags = 20;
+  constexpr char kHasExif = 8;
   for (size_t at = kFirst; at + kHeader <= file.size();) {
     const uint64_t size = LittleEndian32(file, at + 4);
-    if (file.compare(at, 4, "EXIF") == 0 && size > kExifHeader &&
-        file.compare(at + kHeader, kExifHeader, "Exif\0\0", kExifHeader) == 0) {
+    const uint64_t end = at + kHeader + (size + 1) / 2 * 2;
+    if (end > file.size()) break;
+    if (file.compare(at, 4, "EXIF") != 0) {
+      at = end;
+      continue;
+    }
+    if (metadata.exif.empty()) {
+      file.erase(at, end - at);
+      file[kFlags] &= static_cast<char>(~kHasExif);
+    } else if (size > kExifHeader &&
+               file.compare(at + kHeader, kExifHeader, "Exif\0\0", kExifHeader) == 0) {
       file.erase(at + kHeader, kExifHeader);
       file.replace(at + 4, 4, LittleEndian(size - kExifHeader));
-      return file.replace(4, 4, LittleEndian(file.size() - kHeader));
     }
-    at += kHeader + (size + 1) / 2 * 2;
+    return file.replace(4, 4, LittleEndian(file.size() - kHeader));
   }
   return file;
 }
@@ -184,7 +218,8 @@ std::string WithContainerMetadata(std::string file, const ImageFormat& format,
   if (format.name == "jxl") return ToJxl(std::move(file), metadata);
   if (format.name == "jp2") return ToJp2(std::move(file), metadata);
   if (format.name == "png") return ToPng(file, metadata);
-  if (format.name == "webp") return ToWebp(std::move(file));
+  if (format.name == "ppm") return ToPpm(std::move(file), metadata);
+  if (format.name == "webp") return ToWebp(std::move(file), metadata);
   return file;
 }
 

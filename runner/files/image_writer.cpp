@@ -159,6 +159,7 @@ constexpr auto kPlaces = std::to_array<Places>({
     {"avif", true, true, false, true, false},
     {"jxl", true, true, false, true, false},
     {"jp2", true, true, true, true, false},
+    {"ppm", false, false, false, false, true},
 });
 
 void WarnOfLosses(const Metadata& metadata, const ImageFormat& format, const Warn& warn) {
@@ -381,12 +382,14 @@ void WriteBlob(VipsBlob* blob, const ByteSink& write) {
   vips_area_unref(VIPS_AREA(blob));
 }
 
-// Formats in which libvips leaves metadata out, or begins it with what doesn't belong there.
-bool NeedsMetadata(const ImageFormat& format, const Metadata& metadata) {
+// Formats that libvips leaves metadata out of, or that it can't write from their beginning to their
+// end. They are completed in memory.
+bool IsCompleted(const ImageFormat& format, const Metadata& metadata) {
+  if (format.name == "tiff" || format.name == "jp2" || format.name == "webp") return true;
   const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
                     !metadata.icc.empty() || !metadata.comments.empty();
   return some && (format.name == "png" || format.name == "gif" || format.name == "jxl" ||
-                  format.name == "webp");
+                  format.name == "ppm");
 }
 
 void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,
@@ -398,8 +401,7 @@ void Save(const VImage& image, const ImageFormat& format, const Metadata& metada
                                VImage::option()->set("in", image)->set("buffer", &blob));
     return WriteBlob(blob, write);
   }
-  // They go back and complete what they began, or they are completed here.
-  if (format.name == "tiff" || format.name == "jp2" || NeedsMetadata(format, metadata)) {
+  if (IsCompleted(format, metadata)) {
     const VTarget target = VTarget::new_to_memory();
     VImage::call_option_string(saver.c_str(), options.c_str(),
                                VImage::option()->set("in", image)->set("target", target));

@@ -37,12 +37,15 @@ std::string IptcRecords(std::string_view block) {
 }
 
 std::string IptcResources(std::string_view records) {
-  std::string block(kIptcSegment);
-  block += "8BIM\4\4\0\0"s;
+  std::string block = "8BIM\4\4\0\0"s;
   for (int shift = 24; shift >= 0; shift -= 8) block += static_cast<char>(records.size() >> shift);
   block += records;
   if (records.size() % 2 != 0) block += '\0';
   return block;
+}
+
+std::string IptcSegment(std::string_view records) {
+  return std::string(kIptcSegment) + IptcResources(records);
 }
 
 std::string IptcText(std::string_view block) {

@@ -9,10 +9,12 @@ namespace runner {
 // The records; empty: there are none.
 std::string IptcRecords(std::string_view block);
 
-// The block of a JPEG file, with records and nothing else.
+// Image resources with records and nothing else, alone and as a JPEG file has them.
 std::string IptcResources(std::string_view records);
+std::string IptcSegment(std::string_view records);
 
-// The text of a PNG file, which programs keep under kIptcKeyword, and the bytes in such a text.
+// The text of a PNG file that has image resources, which stands under kIptcKeyword, and the bytes
+// in such a text.
 constexpr std::string_view kIptcKeyword = "Raw profile type iptc";
 std::string IptcText(std::string_view block);
 std::string BytesOfText(std::string_view text);

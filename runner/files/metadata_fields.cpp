@@ -50,21 +50,11 @@ void SetExif(const VImage& image, const std::string& exif) {
   g_strfreev(names);
 }
 
-void SetText(const VImage& image, size_t number, std::string_view keyword,
-             const std::string& text) {
-  const std::string name = "png-comment-" + std::to_string(number) + "-" + std::string(keyword);
-  vips_image_set_string(image.get_image(), name.c_str(), text.c_str());
-}
-
 void SetIptc(const VImage& image, const std::string& iptc, const ImageFormat& format) {
   const std::string records = IptcRecords(iptc);
-  if (records.empty()) return;
+  if (records.empty() || format.name != "jpeg") return;
   // Other image resources stay beside it.
-  if (format.name == "jpeg")
-    SetBlob(image, VIPS_META_IPTC_NAME, iptc == records ? IptcResources(records) : iptc);
-  constexpr size_t kBehindComments = 1000;
-  if (format.name == "png")
-    SetText(image, kBehindComments, kIptcKeyword, IptcText(IptcResources(records)));
+  SetBlob(image, VIPS_META_IPTC_NAME, iptc == records ? IptcSegment(records) : iptc);
 }
 
 }  // namespace
@@ -92,7 +82,9 @@ VImage WithMetadata(VImage image, const Metadata& metadata, const ImageFormat& f
   SetIptc(image, metadata.iptc, format);
   SetBlob(image, VIPS_META_ICC_NAME, metadata.icc);
   for (size_t i = 0; i < metadata.comments.size(); ++i)
-    SetText(image, i, "Comment", metadata.comments[i]);
+    vips_image_set_string(image.get_image(),
+                          ("png-comment-" + std::to_string(i) + "-Comment").c_str(),
+                          metadata.comments[i].c_str());
   return image;
 }
 

@@ -82,6 +82,8 @@ STORAGE = set(
     " SamplesPerPixel RowsPerStrip StripByteCounts PlanarConfiguration SampleFormat Predictor"
     " SubfileType PageNumber ExtraSamples".split()
 )
+# These lose something at first, and JPEG XL then keeps colours in a space of its own.
+WITH_LOSS = {"jpg", "webp", "heic", "avif"}
 # EXIF in these formats doesn't turn the pixels: the format has another place for that.
 TURNED_BY_CONTAINER = {"heic", "avif", "jxl"}
 
@@ -226,6 +228,8 @@ class MetadataTest(unittest.TestCase):
             for other in FORMATS:
                 before, after = self.source(name), self.has[f"{name}-to.{other}"]
                 for block in self.holds(other) & set(before):
+                    if block == "profile" and other == "jxl" and name in WITH_LOSS:
+                        continue
                     with self.subTest(block, source=name, result=other):
                         self.assertIn(block, after)
                         if not isinstance(before[block], dict):
@@ -309,6 +313,9 @@ class MetadataTest(unittest.TestCase):
             with self.subTest(name):
                 lost = {"EXIF", "XMP", "IPTC", "comment", "profile"}
                 self.assertEqual(set(self.has[f"none.{name}"]) & lost, set())
+                if name == "webp":
+                    said = [tag for tag in self.told["none.webp"] if tag.startswith("IFD0")]
+                    self.assertEqual(said, [])
 
     def test_what_a_format_cannot_hold_is_told_in_one_line(self):
         for name, lost in {
@@ -335,7 +342,9 @@ class MetadataTest(unittest.TestCase):
         for name in FORMATS:
             for other in FORMATS:
                 told = self.problems[f"{name}-to.{other}"]
-                for block in names:
+                # Every JPEG XL file has a profile, if only one that its decoder makes.
+                jxl = "jxl" in (name, other)
+                for block in names[:3] + names[4:] if jxl else names:
                     with self.subTest(block, source=name, result=other):
                         lost = block in self.source(name) and block not in self.has[f"{name}-to.{other}"]
                         line = [l for l in told.splitlines() if "can't hold" in l and block in l]
