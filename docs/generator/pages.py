@@ -24,7 +24,7 @@ import reference
 DOCS = pathlib.Path(__file__).resolve().parent.parent
 PAGES_FOR_USERS = ["index.md", "conventions.md"]
 # What else people may call the plug-in from, where there is a page about it.
-ELSEWHERE = ["command-line.md", "python.md", "embedding.md"]
+ELSEWHERE = ["command-line.md", "picture-files.md", "python.md", "embedding.md"]
 
 
 def run_example(picturehost, pictures, entry):

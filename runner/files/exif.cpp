@@ -3,9 +3,12 @@
 #include <libexif/exif-data.h>
 #include <libexif/exif-utils.h>
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+
+#include "runner/files/tiff_tags.h"
 
 namespace runner {
 namespace {
@@ -103,6 +106,26 @@ std::string ExifOfResult(const std::string& block, int width, int height,
   return bytes == nullptr ? std::string() : std::string(reinterpret_cast<char*>(bytes), size);
 }
 
+std::string ExifWithResolution(const Resolution& resolution) {
+  const unsigned unit = resolution.inches ? kInches : kCentimetres;
+  const auto ratio = [&](ExifTag tag, double perMillimetre) {
+    constexpr uint32_t kDenominator = 1000;
+    const std::array<uint32_t, 2> numbers = {
+        static_cast<uint32_t>(std::llround(perMillimetre * MillimetresIn(unit) * kDenominator)),
+        kDenominator};
+    TiffTag made{static_cast<uint16_t>(tag), EXIF_FORMAT_RATIONAL, 1, std::string(8, '\0')};
+    auto* bytes = reinterpret_cast<unsigned char*>(made.value.data());
+    exif_set_long(bytes, EXIF_BYTE_ORDER_INTEL, numbers[0]);
+    exif_set_long(bytes + 4, EXIF_BYTE_ORDER_INTEL, numbers[1]);
+    return made;
+  };
+  TiffTags tags;
+  tags.image = {ratio(EXIF_TAG_X_RESOLUTION, resolution.horizontal),
+                ratio(EXIF_TAG_Y_RESOLUTION, resolution.vertical),
+                {EXIF_TAG_RESOLUTION_UNIT, EXIF_FORMAT_SHORT, 1, {static_cast<char>(unit), '\0'}}};
+  return ExifBlock(tags);
+}
+
 std::optional<Resolution> ResolutionInExif(const std::string& block) {
   const Exif exif = Read(block);
   if (exif == nullptr) return std::nullopt;
@@ -110,6 +133,14 @@ std::optional<Resolution> ResolutionInExif(const std::string& block) {
   if (x <= 0 || y <= 0) return std::nullopt;
   const unsigned unit = ResolutionUnit(exif);
   return Resolution{x / MillimetresIn(unit), y / MillimetresIn(unit), unit != kCentimetres};
+}
+
+int OrientationInExif(const std::string& block) {
+  const Exif exif = Read(block);
+  const ExifEntry* entry = exif == nullptr ? nullptr : Find(exif, EXIF_IFD_0, EXIF_TAG_ORIENTATION);
+  if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components != 1) return 0;
+  const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(exif.get()));
+  return orientation <= 8 ? orientation : 0;
 }
 
 }  // namespace runner

@@ -19,7 +19,13 @@ struct Resolution {
 std::string ExifOfResult(const std::string& exif, int width, int height,
                          const std::optional<Resolution>& resolution);
 
+// A block that says nothing else.
+std::string ExifWithResolution(const Resolution& resolution);
+
 // What the block says of it.
 std::optional<Resolution> ResolutionInExif(const std::string& exif);
+
+// 1 to 8; 0: the block says nothing of it.
+int OrientationInExif(const std::string& exif);
 
 }  // namespace runner

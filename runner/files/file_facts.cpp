@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "runner/files/bytes.h"
+#include "runner/files/container_metadata.h"
 
 namespace runner {
 namespace {
@@ -66,8 +67,6 @@ void DescribeMetadata(VipsImage* image, Metadata* metadata) {
   // The library says one pixel a millimetre where a file says nothing.
   if (x != 1 || y != 1)
     metadata->resolution = Resolution{x, y, TextOf(image, VIPS_META_RESOLUTION_UNIT) != "cm"};
-  else if (!metadata->exif.empty())
-    metadata->resolution = ResolutionInExif(metadata->exif);
 }
 
 void DescribePng(std::string_view bytes, Origin* origin) {
@@ -258,6 +257,15 @@ void DescribeFile(const FileContent& content, VipsImage* image, Origin* origin,
   } else if (format == "ppm" || format == "bmp") {
     origin->lossless = true;
   }
+
+  Metadata& metadata = origin->metadata;
+  const bool seen = !metadata.exif.empty();
+  AddContainerMetadata(content, image, *origin->format, &metadata);
+  if (!metadata.resolution && !metadata.exif.empty())
+    metadata.resolution = ResolutionInExif(metadata.exif);
+  // libvips turns what it has seen the tag of. JPEG XL has an orientation of its own, which counts.
+  if (!seen && (format == "png" || format == "jp2"))
+    origin->orientation = OrientationInExif(metadata.exif);
 }
 
 }  // namespace runner

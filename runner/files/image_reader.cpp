@@ -289,8 +289,9 @@ class ImageReader::File {
     usedUp = false;
   }
 
-  static int OrientationOf(const VImage& image) {
-    return vips_image_get_orientation(image.get_image());
+  int OrientationOf(const VImage& image) const {
+    return origin.orientation > 0 ? origin.orientation
+                                  : vips_image_get_orientation(image.get_image());
   }
 
   // How many rows could be decoded.

@@ -8,6 +8,8 @@
 #include <vector>
 #include <vips/vips8>
 
+#include "runner/files/bytes.h"
+#include "runner/files/container_writer.h"
 #include "runner/files/metadata_fields.h"
 #include "runner/files/page_rows.h"
 #include "runner/files/vips_library.h"
@@ -142,7 +144,51 @@ std::string_view SpaceOf(const std::string& icc) {
   return icc.size() < kSpace + 4 ? std::string_view() : std::string_view(icc).substr(kSpace, 4);
 }
 
-Metadata MetadataOf(const Roll& roll, const Origin& origin, const SaveOptions& options) {
+// What files of a format have a place for.
+struct Places {
+  std::string_view format;
+  bool exif, xmp, iptc, profile, comment;
+};
+constexpr auto kPlaces = std::to_array<Places>({
+    {"png", true, true, true, true, true},
+    {"jpeg", true, true, true, true, true},
+    {"tiff", true, true, true, true, false},
+    {"webp", true, true, false, true, false},
+    {"gif", false, true, false, true, true},
+    {"heic", true, true, false, true, false},
+    {"avif", true, true, false, true, false},
+    {"jxl", true, true, false, true, false},
+    {"jp2", true, true, true, true, false},
+    {"ppm", false, false, false, false, true},
+});
+
+void WarnOfLosses(const Metadata& metadata, const ImageFormat& format, const Warn& warn) {
+  if (!warn) return;
+  const auto* found = std::find_if(kPlaces.begin(), kPlaces.end(), [&](const Places& places) {
+    return places.format == format.name;
+  });
+  const Places places = found == kPlaces.end() ? Places() : *found;
+  std::vector<std::string> lost;
+  if (!places.exif && !metadata.exif.empty()) lost.emplace_back("EXIF");
+  if (!places.xmp && !metadata.xmp.empty()) lost.emplace_back("XMP");
+  if (!places.iptc && !metadata.iptc.empty()) lost.emplace_back("IPTC");
+  if (!places.profile && !metadata.icc.empty()) lost.emplace_back("profile");
+  if (!places.comment && !metadata.comments.empty()) lost.emplace_back("comment");
+  if (lost.empty()) return;
+  std::string names = lost[0];
+  for (size_t i = 1; i < lost.size(); ++i)
+    names += (i + 1 == lost.size() ? " and " : ", ") + lost[i];
+  warn("the result as " + std::string(format.title) + " can't hold " + names + ": " +
+       (lost.size() == 1 ? "it is" : "they are") + " left out");
+}
+
+bool TellsResolutionInExif(const ImageFormat& format) {
+  return format.name == "webp" || format.name == "heic" || format.name == "avif" ||
+         format.name == "jxl" || format.name == "jp2";
+}
+
+Metadata MetadataOf(const Roll& roll, const ImageFormat& format, const Origin& origin,
+                    const SaveOptions& options) {
   Metadata metadata;
   if (options.metadata == SaveOptions::Keep::kNothing) return metadata;
   if (SpaceOf(origin.metadata.icc) == (roll.shape.IsGrey() ? "GRAY" : "RGB "))
@@ -152,12 +198,17 @@ Metadata MetadataOf(const Roll& roll, const Origin& origin, const SaveOptions& o
                      ? "the result is grey and the file's profile is for colours: it is left out"
                      : "the result has colours and the file's profile is for grey pictures: it is "
                        "left out");
-  if (options.metadata == SaveOptions::Keep::kProfile) return metadata;
-  std::string icc = std::move(metadata.icc);
-  metadata = origin.metadata;
-  metadata.icc = std::move(icc);
+  if (options.metadata == SaveOptions::Keep::kEverything) {
+    std::string icc = std::move(metadata.icc);
+    metadata = origin.metadata;
+    metadata.icc = std::move(icc);
+  }
+  WarnOfLosses(metadata, format, options.warn);
   const int width = roll.pages[0].Width(), height = roll.pages[0].Height();
-  if (!metadata.exif.empty())
+  // Where the format has no other place for it, EXIF tells the resolution.
+  if (metadata.exif.empty() && metadata.resolution && TellsResolutionInExif(format))
+    metadata.exif = ExifWithResolution(*metadata.resolution);
+  else if (!metadata.exif.empty())
     metadata.exif = ExifOfResult(metadata.exif, width, height, metadata.resolution);
   if (!metadata.xmp.empty()) metadata.xmp = XmpOfResult(metadata.xmp, width, height);
   return metadata;
@@ -292,7 +343,7 @@ gint64 WriteToTarget(VipsTargetCustom*, const void* bytes, gint64 count, gpointe
   }
 }
 
-// Puts a file's comments behind the header that every JPEG file begins with.
+// Puts a file's comments behind the first segment, which is that of JFIF or EXIF.
 class WithComments {
  public:
   WithComments(const ByteSink& sink, const std::vector<std::string>& comments) : write(sink) {
@@ -308,13 +359,12 @@ class WithComments {
   }
 
   void Write(const char* bytes, size_t count) {
-    if (!segments.empty()) {
-      constexpr size_t kHeader = 20;  // the start and the segment JFIF
-      const size_t missing = std::min(count, kHeader - header.size());
+    while (!segments.empty() && count > 0) {
+      const size_t missing = std::min(count, HeaderSize() - header.size());
       header.append(bytes, missing);
       bytes += missing;
       count -= missing;
-      if (header.size() < kHeader) return;
+      if (header.size() < HeaderSize()) continue;
       header += std::exchange(segments, {});
       write(header.data(), header.size());
     }
@@ -322,6 +372,14 @@ class WithComments {
   }
 
  private:
+  // As far as it is known: the file's first marker, then a segment's marker and length.
+  size_t HeaderSize() const {
+    constexpr size_t kStart = 2, kLengthEnd = 6;
+    return header.size() < kLengthEnd
+               ? kLengthEnd
+               : kStart + 2 + std::max<size_t>(2, BigEndian16(header, kStart + 2));
+  }
+
   const ByteSink& write;
   std::string segments, header;
 };
@@ -338,8 +396,18 @@ void WriteBlob(VipsBlob* blob, const ByteSink& write) {
   vips_area_unref(VIPS_AREA(blob));
 }
 
-void Save(const VImage& image, const ImageFormat& format, const std::string& options,
-          const ByteSink& write) {
+// Formats that libvips leaves metadata out of, or that it can't write from their beginning to their
+// end. They are completed in memory.
+bool IsCompleted(const ImageFormat& format, const Metadata& metadata) {
+  if (format.name == "tiff" || format.name == "jp2" || format.name == "webp") return true;
+  const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
+                    !metadata.icc.empty() || !metadata.comments.empty();
+  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl" ||
+                  format.name == "ppm");
+}
+
+void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,
+          const std::string& options, const ByteSink& write) {
   const std::string saver(format.saver);
   if (saver.ends_with("_buffer")) {
     VipsBlob* blob = nullptr;
@@ -347,13 +415,17 @@ void Save(const VImage& image, const ImageFormat& format, const std::string& opt
                                VImage::option()->set("in", image)->set("buffer", &blob));
     return WriteBlob(blob, write);
   }
-  if (format.name == "tiff" || format.name == "jp2") {  // they go back and complete what they began
+  if (IsCompleted(format, metadata)) {
     const VTarget target = VTarget::new_to_memory();
     VImage::call_option_string(saver.c_str(), options.c_str(),
                                VImage::option()->set("in", image)->set("target", target));
     VipsBlob* blob = nullptr;
     g_object_get(target.get_target(), "blob", &blob, nullptr);
-    return WriteBlob(blob, write);
+    return WriteBlob(blob, [&](const void* bytes, size_t size) {
+      const std::string file = WithContainerMetadata(
+          std::string(static_cast<const char*>(bytes), size), format, metadata);
+      write(file.data(), file.size());
+    });
   }
   Target sink{write, nullptr};
   const VTarget target(VIPS_TARGET(vips_target_custom_new()));
@@ -429,7 +501,8 @@ void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Or
   rows.reserve(pages.size());
   for (const Page& page : pages) rows.emplace_back(page);
   Roll roll{rows, ShapeOf(rows, format, origin)};
-  const Metadata metadata = origin == nullptr ? Metadata() : MetadataOf(roll, *origin, options);
+  const Metadata metadata =
+      origin == nullptr ? Metadata() : MetadataOf(roll, format, *origin, options);
   Choices choices = DefaultsFor(format, roll.shape, origin);
   AddCommon(format, options, &choices);
   if (format.name == "gif" && options.warn && !All(rows, [](const PageRows& page) {
@@ -437,13 +510,13 @@ void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Or
       }))
     options.warn("the result has more colours than GIF holds: the nearest 256 are used");
   try {
-    const VImage image = WithMetadata(ImageOf(&roll), metadata);
+    const VImage image = WithMetadata(ImageOf(&roll), metadata, format);
     SetAnimation(image, rows, origin);
     WithComments comments(write, metadata.comments);
     const ByteSink commented = [&](const void* bytes, size_t count) {
       comments.Write(static_cast<const char*>(bytes), count);
     };
-    Save(image, format, InBrackets(choices, encoding.options),
+    Save(image, format, metadata, InBrackets(choices, encoding.options),
          format.name == "jpeg" ? commented : write);
   } catch (const vips::VError&) {
     const std::string problem = VipsProblem(vips_error_buffer());

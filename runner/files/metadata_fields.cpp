@@ -3,6 +3,8 @@
 #include <string_view>
 #include <vector>
 
+#include "runner/files/iptc.h"
+
 namespace runner {
 namespace {
 
@@ -47,6 +49,13 @@ void SetExif(const VImage& image, const std::string& exif) {
   g_strfreev(names);
 }
 
+void SetIptc(const VImage& image, const std::string& iptc, const ImageFormat& format) {
+  const std::string records = IptcRecords(iptc);
+  if (records.empty() || format.name != "jpeg") return;
+  // Other image resources stay beside it.
+  SetBlob(image, VIPS_META_IPTC_NAME, iptc == records ? IptcSegment(records) : iptc);
+}
+
 }  // namespace
 
 std::string SrgbProfile() {
@@ -59,7 +68,7 @@ std::string SrgbProfile() {
   return profile;
 }
 
-VImage WithMetadata(VImage image, const Metadata& metadata) {
+VImage WithMetadata(VImage image, const Metadata& metadata, const ImageFormat& format) {
   // Some formats always say something. Where nothing is known, it is what most programs assume.
   constexpr double kAssumed = 72 / 25.4;
   const Resolution resolution = metadata.resolution.value_or(Resolution{kAssumed, kAssumed, true});
@@ -68,8 +77,8 @@ VImage WithMetadata(VImage image, const Metadata& metadata) {
   vips_image_set_string(image.get_image(), VIPS_META_RESOLUTION_UNIT,
                         resolution.inches ? "in" : "cm");
   SetExif(image, metadata.exif);
-  SetBlob(image, VIPS_META_XMP_NAME, metadata.xmp);
-  SetBlob(image, VIPS_META_IPTC_NAME, metadata.iptc);
+  if (format.name != "png") SetBlob(image, VIPS_META_XMP_NAME, metadata.xmp);
+  SetIptc(image, metadata.iptc, format);
   SetBlob(image, VIPS_META_ICC_NAME, metadata.icc);
   for (size_t i = 0; i < metadata.comments.size(); ++i)
     vips_image_set_string(image.get_image(),

@@ -8,8 +8,9 @@
 
 namespace runner {
 
-// The image with the blocks of `metadata`, which are those of the result. `image` keeps no others.
-vips::VImage WithMetadata(vips::VImage image, const Metadata& metadata);
+// The image with the blocks of `metadata`, which are those of the result, as far as libvips writes
+// them into files of the format. `image` keeps no others.
+vips::VImage WithMetadata(vips::VImage image, const Metadata& metadata, const ImageFormat& format);
 
 // libvips's profile of the colour space sRGB.
 std::string SrgbProfile();

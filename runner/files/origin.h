@@ -34,6 +34,7 @@ struct Origin {
   std::string compression;  // libvips's name for that of a TIFF file
   std::vector<int> delays;  // of an animation's frames, in milliseconds
   int loops = 0;            // of an animation; 0: for ever
+  int orientation = 0;      // that EXIF tells and libvips doesn't; 0: none
   Metadata metadata;
 };
 
