@@ -62,13 +62,13 @@ def seconds(command, cwd):
     return after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
 
 
-def photograph():
-    """12 megapixels with as much detail in each as a photograph has: mirrored tiles. Enlarged, it would be
+def photograph(size=SIZE):
+    """A picture with as much detail in each as a photograph has: mirrored tiles. Enlarged, it would be
     smooth, and its file a third as large."""
     tile = Image.open(PHOTO).convert("RGB")
-    whole = Image.new("RGB", SIZE)
-    for column in range(0, SIZE[0], tile.width):
-        for row in range(0, SIZE[1], tile.height):
+    whole = Image.new("RGB", size)
+    for column in range(0, size[0], tile.width):
+        for row in range(0, size[1], tile.height):
             turned = ImageOps.mirror(tile) if column // tile.width % 2 else tile
             whole.paste(ImageOps.flip(turned) if row // tile.height % 2 else turned, (column, row))
     return whole
@@ -116,4 +116,5 @@ def main():
     print(f"batch of {BATCH}, elapsed: one job takes {statistics.median(gains):.2f} times as long as two")
 
 
-main()
+if __name__ == "__main__":
+    main()
