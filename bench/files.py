@@ -52,7 +52,7 @@ def commands(program, work, extension):
     return {
         "picturehost": [program, "run", source, call, "-o", target],
         "vips": ["vips", *(["invert", source, target + vips] if invert
-                           else ["linear", source, target + vips, "1.4", "-51", "--uchar"])],
+                           else ["linear", "--uchar", source, target + vips, "1.4", "--", "-51"])],
         "convert": ["/usr/bin/convert", source, *(["-negate"] if invert else ["-brightness-contrast", "0x40"]),
                     *magick, target],
         "gm": ["gm", "convert", source, *(["-negate"] if invert else ["-operator", "All", "Multiply", "1.4"]),

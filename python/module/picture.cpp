@@ -124,8 +124,9 @@ void DefinePicture(py::module_& module) {
 
 Picture(width, height) is a white one. Two objects are equal when they are the same picture.)");
   picture.def(py::init(&New), py::arg("width"), py::arg("height"));
-  picture.def_static("open", &Open, py::arg("path"),
-                     "Open a picture file, of several pages the first, turned as its orientation says.");
+  picture.def_static(
+      "open", &Open, py::arg("path"),
+      "Open a picture file, of several pages the first, turned as its orientation says.");
   picture.def_static("from_array", &FromArray, py::arg("array"), py::kw_only(),
                      py::arg("copy") = false,
                      R"(Make a picture that shares the memory of an array.

@@ -240,7 +240,7 @@ std::string ExifBlock(const TiffTags& tags) {
 
 std::string WithTiffTags(std::string file, const TiffTags& tags) {
   const std::optional<bool> bigEndian = IsBigEndian(file);
-  constexpr uint64_t kLargest = uint64_t{0xFFFFFFFF} - uint64_t{4} * kLargestTags;
+  constexpr uint64_t kLargest = 0xFFF00000;  // offsets have 32 bits, and the tags need some room
   if (!bigEndian || file.size() > kLargest || tags.Empty()) return file;
   TiffTags own = tags;
   if (own.bigEndian != *bigEndian)
