@@ -251,8 +251,8 @@ class ImageReader::File {
     int done = DecodeRows(image, page, placement, &result);
     const int sound = done;
     std::string problem = fault ? fault->text : "";
+    if (done < height && problem.empty()) problem = "is damaged (" + TakeProblem() + ")";
     if (done < height && !opened->lenient) {
-      if (problem.empty()) problem = "is damaged (" + TakeProblem() + ")";
       if (options.damage == Damage::kFail) throw Failure(Quoted(name) + " " + problem);
       Reopen(page, true);
       image = Plain(opened->image);
