@@ -50,7 +50,7 @@ def commands(program, work, extension):
               "tif": {"compression": "tiff_adobe_deflate"}, "webp": {"quality": 92}}[extension]
     call = "InvertKRT" if invert else "ChangeContrastKRT(0.4)"
     return {
-        "picturehost": [program, "run", source, call, "-o", target],
+        "picturehost": [program, "run", call, source, "-o", target],
         "vips": ["vips", *(["invert", source, target + vips] if invert
                            else ["linear", "--uchar", source, target + vips, "1.4", "--", "-51"])],
         "convert": ["/usr/bin/convert", source, *(["-negate"] if invert else ["-brightness-contrast", "0x40"]),

@@ -1,139 +1,79 @@
 // picturehost batch
-#include <csignal>
 #include <iostream>
-#include <map>
+#include <optional>
+#include <set>
 #include <vector>
 
+#include "runner/batch_work.h"
 #include "runner/commands.h"
-#include "runner/crew.h"
+#include "runner/disk.h"
 #include "runner/expression.h"
 #include "runner/failure.h"
-#include "runner/file_job.h"
 #include "runner/host_setup.h"
 #include "runner/names.h"
-#include "runner/output_file.h"
-#include "runner/progress.h"
 #include "runner/session.h"
+#include "runner/work/claims.h"
+#include "runner/work/output_folders.h"
+#include "runner/work/settings_hash.h"
 
 namespace runner {
 namespace {
 
 namespace fs = std::filesystem;
 
-volatile sig_atomic_t interruptedBy = 0;
-extern "C" void NoteInterrupt(int signal) { interruptedBy = signal; }
-
-// While this lives, SIGINT, SIGTERM and SIGHUP are only noted, and only where signals are let in.
-// One that is ignored stays ignored.
-class NotedSignals {
- public:
-  NotedSignals() {
-    struct sigaction action {};
-    action.sa_handler = NoteInterrupt;
-    sigset_t blocked;
-    sigemptyset(&blocked);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-      if (OutputFile::IsIgnored(signal)) continue;
-      ::sigaction(signal, &action, nullptr);
-      sigaddset(&blocked, signal);
-    }
-    ::sigprocmask(SIG_BLOCK, &blocked, &before);
-  }
-  ~NotedSignals() {
-    OutputFile::CleanUpOnSignals();
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
-  }
-  NotedSignals(const NotedSignals&) = delete;
-  NotedSignals& operator=(const NotedSignals&) = delete;
-
-  const sigset_t& LetIn() const { return before; }
-
- private:
-  sigset_t before{};
-};
-
-std::vector<FileJob> PlanJobs(const Options& options) {
-  std::vector<FileJob> jobs;
-  std::map<fs::path, fs::path> sources;
-  for (const fs::path& file : options.files) {
-    fs::path output = options.outputFolder / file.filename();
-    if (!options.format.empty()) output.replace_extension(options.format);
-    const auto [other, added] = sources.emplace(output, file);
-    if (!added)
-      throw Failure(Quoted(other->second.native()) + " and " + Quoted(file.native()) +
-                    " would both become " + Quoted(output.native()));
-    std::error_code ignored;
-    if (fs::equivalent(file, output, ignored))
-      throw Failure(Quoted(file.native()) + " would be overwritten by its own result");
-    jobs.push_back({file, output});
-  }
-  return jobs;
+OutputRules RulesOf(const Options& options) {
+  OutputWishes wishes;
+  wishes.folder = options.outputFolder;
+  wishes.pattern = options.output;
+  wishes.inPlace = options.inPlace;
+  wishes.inputFolder = options.inputs.inputFolder;
+  wishes.format = options.format;
+  for (const auto& [name, pattern] : options.saves)
+    wishes.saves.emplace_back(name, pattern.native());
+  return OutputRules(wishes);
 }
 
-void MakeFolder(const fs::path& folder) {
-  std::error_code error;
-  std::vector<fs::path> missing;
-  for (fs::path each = fs::absolute(folder, error); !each.empty() && !fs::exists(each, error);
-       each = each.parent_path())
-    missing.push_back(each);
-  fs::create_directories(folder, error);
-  if (!fs::is_directory(folder))
-    throw Failure("can't make the folder " + Quoted(folder.native()) + ": " +
-                  (fs::exists(folder) ? "a file has that name" : error.message()));
-  // A power cut must not take the folder away with all that was written to it.
-  for (const fs::path& each : missing) OutputFile::FlushFolder(each.parent_path());
+fs::path ManifestOf(const Options& options, const OutputRules& rules) {
+  return options.manifest.empty() ? rules.CommonFolder() / kManifestName : options.manifest;
 }
 
-struct Tally {
-  size_t written = 0, failed = 0;
-};
-
-void Account(const TaskReport& report, const FileJob& job, Progress* progress, Tally* tally) {
-  if (report.outcome == TaskReport::Outcome::kDone) {
-    ++tally->written;
-    if (report.text.empty()) return;
-    progress->Clear();
-    return Print(report.text);
-  }
-  ++tally->failed;
-  progress->Clear();
-  std::string why = report.text;
-  if (report.outcome == TaskReport::Outcome::kDied) {
-    why = "the process that worked on it died: " + why;
-    OutputFile::RemoveLeftovers(job.output.parent_path(), report.process);
-  }
-  for (char& c : why)
-    if (c == '\n') c = ' ';
-  std::cerr << "picturehost: " + Shown(job.file.native()) + ": " + why + "\n";
+// Folders that results lie in hold no inputs, and neither do results of earlier runs.
+void FindFiles(const Options& options, const OutputRules& rules, const ManifestIndex& index,
+               Planner* planner) {
+  RealFolders folders;
+  const std::optional<FileId> results =
+      options.outputFolder.empty() || !folders.Of(options.outputFolder).missing.empty()
+          ? std::nullopt
+          : std::optional(folders.Of(options.outputFolder).id);
+  const auto leaveOut = [&](const struct stat& folder) { return results == IdOf(folder); };
+  const bool mayMeetResults = options.inputs.recursive && !rules.IsInPlace() && !index.IsEmpty();
+  const std::set<fs::path> words(options.inputs.files.begin(), options.inputs.files.end());
+  ListInputs(options.inputs, leaveOut, [&](const Input& input) {
+    if (mayMeetResults && !words.contains(input.name.file) &&
+        index.Find(folders.PathOf(input.name.file)) != nullptr)
+      return;
+    planner->Add(input);
+  });
 }
 
-Tally Work(const std::vector<FileJob>& jobs, size_t workers, const Crew::Task& task) {
-  NotedSignals signals;
-  Crew crew(workers, task);
-  Progress progress(jobs.size());
-  Tally tally;
-  size_t next = 0;
-  progress.Show(0, 0);
-  while ((next < jobs.size() || crew.IsBusy()) && interruptedBy == 0) {
-    while (next < jobs.size() && crew.HasRoom()) crew.Start(next++);
-    for (const TaskReport& report : crew.Wait(signals.LetIn()))
-      Account(report, jobs[report.task], &progress, &tally);
-    progress.Show(tally.written + tally.failed, tally.failed);
-  }
-  return tally;
-}
-
-std::string Summary(const Tally& tally, size_t skipped, const Options& options) {
-  std::string text =
-      std::to_string(tally.written) + " written to " + Shown(options.outputFolder.native());
-  if (skipped > 0) text += ", " + std::to_string(skipped) + " there already";
-  if (tally.failed > 0) text += ", " + std::to_string(tally.failed) + " failed";
+std::string Summary(const BatchReport& report, const OutputRules& rules, const Options& options) {
+  std::string text = std::to_string(report.DoneCount());
+  if (rules.IsEmpty())
+    text += " done";
+  else if (options.outputFolder.empty())
+    text += " written";
+  else
+    text += " written to " + Shown(options.outputFolder.native());
+  if (report.SkippedCount() > 0)
+    text += ", " + std::to_string(report.SkippedCount()) + " done before";
+  if (report.FailedCount() > 0) text += ", " + std::to_string(report.FailedCount()) + " failed";
   return text + "\n";
 }
 
 }  // namespace
 
 int RunBatch(const Options& options) {
+  const OutputRules rules = RulesOf(options);
   std::vector<Statement> statements;
   for (const std::string& text : options.expressions) statements.push_back(ParseOrFail(text));
   const HostSetup setup = StartHost(options);
@@ -142,26 +82,43 @@ int RunBatch(const Options& options) {
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
   for (const Statement& statement : statements) session.Prepare(statement);
 
-  std::vector<FileJob> jobs = PlanJobs(options);
-  MakeFolder(options.outputFolder);
-  const size_t all = jobs.size();
-  std::error_code ignored;
-  if (options.skipExisting)
-    std::erase_if(jobs, [&](const FileJob& job) { return fs::exists(job.output, ignored); });
+  Manifest manifest(ManifestOf(options, rules));
+  ManifestIndex index;
+  if (!rules.IsEmpty()) index.Read(manifest);
+  Planner planner(rules, manifest, index);
+  for (const fs::path& file : FilesIn(statements)) planner.Protect(file);
+  if (!options.inputs.list.empty()) planner.Protect(options.inputs.list);
+  FindFiles(options, rules, index, &planner);
+  if (planner.Count() == 0) throw Failure("there are no picture files");
+  if (!planner.Missing().empty() && !options.keepGoing)
+    throw Failure(planner.Missing() +
+                  (planner.Count() == 1 ? "" : "; --keep-going does the others"));
+  planner.Check();
 
-  const JobOptions common{statements, setup.images, setup.save, options.page, nullptr};
-  const Tally tally = Work(jobs, static_cast<size_t>(options.jobs), [&](size_t task) {
-    return DoFileJob(jobs[task], common, *setup.host, &session);
-  });
-  if (tally.written > 0) OutputFile::FlushFolder(options.outputFolder);
+  OutputFolders folders;
+  std::optional<Claims> claims;
+  if (!rules.IsEmpty()) {
+    folders.Make(rules.CommonFolder());
+    manifest.Open();
+    folders.Note(FolderOf(manifest.File()));
+    claims.emplace(manifest, index, &planner);
+  }
+  Resume resume(index, rules, SettingsHash(options, statements));
+  BatchReport report(planner.Count(), {options.valueFormat, options.quiet, options.keepGoing});
+  const BatchTools tools{options,  rules,   statements, setup,    &session,
+                         &planner, &resume, &manifest,  &folders, &report};
+  const int interruptedBy = DoBatch(tools);
+  report.Finish();
+  folders.Flush();
+  const uint64_t told = report.DoneCount() + report.SkippedCount() + report.FailedCount();
   if (interruptedBy != 0) {
-    std::cerr << "picturehost: interrupted, " + std::to_string(tally.written + tally.failed) +
-                     " of " + std::to_string(jobs.size()) +
-                     " files done; --skip-existing goes on\n";
+    std::cerr << "picturehost: interrupted, " + std::to_string(told) + " of " +
+                     std::to_string(planner.Count()) + " files done" +
+                     (rules.IsEmpty() ? "" : "; --resume goes on") + "\n";
     return 128 + interruptedBy;
   }
-  Print(Summary(tally, all - jobs.size(), options));
-  return tally.failed > 0 ? 1 : 0;
+  if (!options.quiet) std::cerr << Summary(report, rules, options);
+  return report.FailedCount() > 0 ? 1 : 0;
 }
 
 }  // namespace runner

@@ -44,8 +44,9 @@ void WarnOnStandardError(const std::string& message) { Complain("warning: " + me
 
 int Main(int count, const char* const* words) {
   OutputFile::CleanUpOnSignals();
+  std::optional<Options> options;
   try {
-    const std::optional<Options> options = ParseOptions(count, words);
+    options = ParseOptions(count, words);
     return options ? RunCommand(*options) : 0;
   } catch (const UsageFailure& failure) {
     Complain(failure.what());
@@ -55,7 +56,7 @@ int Main(int count, const char* const* words) {
   } catch (const std::exception& failure) {
     Complain(failure.what());
   }
-  return 1;
+  return options && options->exitStatus ? 2 : 1;
 }
 
 }  // namespace runner

@@ -12,8 +12,9 @@ int RunList(const Options& options);
 int RunRun(const Options& options);
 int RunBatch(const Options& options);
 
-// The whole program: 0 done, 1 something couldn't be done, 2 the command line is wrong. Messages go
-// to standard error, a line each.
+// The whole program: 0 done, 1 something couldn't be done, 2 the command line is wrong. With
+// --exit-status 0 and 1 are true and false, and all mistakes 2. Messages go to standard error, a
+// line each.
 int Main(int count, const char* const* words);
 
 // Writes a line and the rest of what is buffered to standard output. Throws Failure where that

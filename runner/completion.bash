@@ -61,16 +61,16 @@ _picturehost() {
   options=$(_picturehost_options "$program" "$command")
 
   # How many words that aren't options stand before this one.
-  local i position=0 picture=1 dashes=0
+  local i position=0 expressions=0 dashes=0
   for ((i = 2; i < COMP_CWORD; ++i)); do
     if ((!dashes)) && [[ ${COMP_WORDS[i]} == -* ]]; then
-      [[ ${COMP_WORDS[i]} == --no-picture ]] && picture=0
       [[ ${COMP_WORDS[i]} == -- ]] && dashes=1
       value=$(_picturehost_value "${COMP_WORDS[i]}" "$options") || continue
+      [[ ${COMP_WORDS[i]} == -e || ${COMP_WORDS[i]} == --expression ]] && expressions=1
       # bash takes an equals sign for a word of its own.
       [[ ${COMP_WORDS[i + 1]} == = ]] && ((++i))
       ((++i))
-      [[ $value == *=FILE && ${COMP_WORDS[i + 1]} == = ]] && ((i += 2))
+      [[ $value == NAME=* && ${COMP_WORDS[i + 1]} == = ]] && ((i += 2))
       if ((i >= COMP_CWORD)); then
         local after_equals=0
         [[ $word == = || ${COMP_WORDS[COMP_CWORD - 1]} == = ]] && after_equals=1
@@ -80,8 +80,9 @@ _picturehost() {
             value=${value#*\{} value=${value%\}*}
             _picturehost_words "$word" "${value//,/ }"
             ;;
-          NAME=FILE) ((after_equals)) && _picturehost_files "$word" ;;
-          FILE | PATH) _picturehost_files "$word" ;;
+          TEXT) _picturehost_expressions "$program" "$word" ;;
+          NAME=*) ((after_equals)) && _picturehost_files "$word" ;;
+          FILE | PATH | PATTERN) _picturehost_files "$word" ;;
           DIR)
             compopt -o filenames 2>/dev/null
             mapfile -t COMPREPLY < <(compgen -d -- "$word")
@@ -99,16 +100,12 @@ _picturehost() {
     return
   fi
   case $command in
-    run)
-      if ((picture && position == 0)); then
-        _picturehost_files "$word"
-      else
+    run | batch)
+      if ((position == 0 && !expressions)); then
         _picturehost_expressions "$program" "$word"
+      else
+        _picturehost_files "$word"
       fi
-      ;;
-    batch)
-      _picturehost_expressions "$program" "$word"
-      ((position > 0)) && _picturehost_files "$word"
       ;;
   esac
 }

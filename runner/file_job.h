@@ -1,6 +1,8 @@
 // One picture file made into another by expressions.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -10,29 +12,44 @@
 #include "runner/expression.h"
 #include "runner/files/image_reader.h"
 #include "runner/files/image_writer.h"
+#include "runner/output_file.h"
 #include "runner/session.h"
+#include "runner/values.h"
 
 namespace runner {
 
-// Gets a line with its end.
-using PrintLine = std::function<void(const std::string& line)>;
+// What the statements came to on one page.
+struct PageResult {
+  Page page;  // its picture is null where there is none
+  PageValues values;
+  bool madePicture = false;  // by the last statement
+};
 
-// Runs the statements in a session and prints what they come to, each line after `label`.
-void RunStatements(const std::vector<Statement>& statements, const std::string& label,
-                   Session* session, const PrintLine& print);
+// Runs the statements in a session, on its current picture.
+PageResult RunStatements(const std::vector<Statement>& statements, Session* session);
 
-// Runs the statements on each page of a file, or on the page with a number from 1, and gives what
-// they made of them. `session` is the host's; it starts over with each page. `print` gets what they
-// come to, a line each, with the number of the page before it where there are several. Throws
-// Failure.
-std::vector<Page> ProcessPages(ImageReader* reader, std::optional<size_t> page,
-                               const std::vector<Statement>& statements, host::Host& host,
-                               const ImageOptions& images, Session* session,
-                               const PrintLine& print);
+// Runs the statements on each page of a file, or on the page with a number from 1. `session` is the
+// host's; it starts over with each page. Throws Failure.
+std::vector<PageResult> ProcessPages(ImageReader* reader, std::optional<size_t> page,
+                                     const std::vector<Statement>& statements, host::Host& host,
+                                     const ImageOptions& images, Session* session);
+
+// An output of a job.
+struct JobOutput {
+  std::string value;  // the name of what is saved; empty: the last picture
+  OutputName target;
+};
+
+// Makes files of results, complete and flushed, that only need their places. `origin` tells more
+// about the file that the pages came from; null: there is none. Throws Failure, also where the
+// results and the outputs don't fit.
+std::vector<OutputFile> StageOutputs(const std::vector<PageResult>& results, const Session& session,
+                                     const Origin* origin, const std::vector<JobOutput>& outputs,
+                                     const SaveOptions& options);
 
 struct FileJob {
   std::filesystem::path file;
-  std::filesystem::path output;
+  std::vector<JobOutput> outputs;
 };
 
 // What all jobs of a batch have in common.
@@ -41,13 +58,19 @@ struct JobOptions {
   const ImageOptions& images;
   const SaveOptions& save;
   std::optional<size_t> page;
-  const ImageFormat* format = nullptr;  // null: that of the output's name
+  ValueFormat format = ValueFormat::kText;
+  // Is called with the outputs as they will be, before the first takes its place.
+  std::function<void(const std::vector<struct stat>& outputs)> beforePlaces = {};
 };
 
-// Does the job, from reading to the result's place, and gives what the expressions print, a line
-// each. The result appears whole or not at all; its folder is the caller's to flush. Throws
-// Failure.
-std::string DoFileJob(const FileJob& job, const JobOptions& options, host::Host& host,
-                      Session* session);
+struct JobResult {
+  std::string printed;               // as FormatValues gives it
+  std::vector<struct stat> outputs;  // as they are in their places
+};
+
+// Does the job, from reading to the results' places. The results appear whole or not at all; their
+// folders are the caller's to flush. Throws Failure.
+JobResult DoFileJob(const FileJob& job, const JobOptions& options, host::Host& host,
+                    Session* session);
 
 }  // namespace runner

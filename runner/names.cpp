@@ -35,6 +35,15 @@ size_t EditDistance(std::string_view a, std::string_view b) {
   return last[b.size()];
 }
 
+// A line end, another control character or a byte that isn't UTF-8, as messages and shells show it.
+std::string Escaped(char c) {
+  if (c == '\n') return "\\n";
+  if (c == '\t') return "\\t";
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto byte = static_cast<uint8_t>(c);
+  return {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+}
+
 }  // namespace
 
 size_t CharacterLength(std::string_view text) {
@@ -63,17 +72,7 @@ std::string Quoted(std::string_view text) {
   std::string quoted = "'";
   for (size_t i = 0; i < text.size();) {
     const size_t length = PrintableLength(text.substr(i));
-    if (length > 0) {
-      quoted += text.substr(i, length);
-    } else if (text[i] == '\n') {
-      quoted += "\\n";
-    } else if (text[i] == '\t') {
-      quoted += "\\t";
-    } else {
-      constexpr std::string_view kDigits = "0123456789ABCDEF";
-      const auto byte = static_cast<uint8_t>(text[i]);
-      quoted.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
-    }
+    quoted += length > 0 ? std::string(text.substr(i, length)) : Escaped(text[i]);
     i += std::max<size_t>(length, 1);
   }
   return quoted + "'";
@@ -82,6 +81,27 @@ std::string Quoted(std::string_view text) {
 std::string Shown(std::string_view text) {
   const std::string quoted = Quoted(text);
   return quoted.size() == text.size() + 2 ? std::string(text) : quoted;
+}
+
+std::string ShellQuoted(std::string_view text) {
+  constexpr std::string_view kPlain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789@%+=:,./_-";
+  if (!text.empty() && text.find_first_not_of(kPlain) == std::string_view::npos)
+    return std::string(text);
+  bool printable = true;
+  std::string plain = "'", escaped = "$'";
+  for (size_t i = 0; i < text.size();) {
+    const size_t length = PrintableLength(text.substr(i));
+    const std::string_view character = text.substr(i, std::max<size_t>(length, 1));
+    printable = printable && length > 0;
+    plain += character == "'" ? "'\\''" : character;
+    if (length == 0)
+      escaped += Escaped(text[i]);
+    else
+      escaped.append(character == "'" || character == "\\" ? "\\" : "").append(character);
+    i += character.size();
+  }
+  return (printable ? plain : escaped) + "'";
 }
 
 std::vector<std::string> Nearest(std::string_view name, std::span<const std::string> candidates) {

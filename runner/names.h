@@ -23,6 +23,10 @@ std::string Quoted(std::string_view text);
 // The text itself where it shows as it is, otherwise Quoted.
 std::string Shown(std::string_view text);
 
+// The text as one word of a shell's command line, as it is where nothing in it means anything to a
+// shell. Control characters and bytes that aren't UTF-8 are written as bash reads them in $'...'.
+std::string ShellQuoted(std::string_view text);
+
 // The candidates that a person may have meant, the nearest first, at most three; none when nothing
 // is near. Case doesn't count; a candidate that begins with the name is near.
 std::vector<std::string> Nearest(std::string_view name, std::span<const std::string> candidates);

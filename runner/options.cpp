@@ -1,8 +1,6 @@
 #include "runner/options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <climits>
 #include <cmath>
 #include <sstream>
 #include <string_view>
@@ -11,8 +9,9 @@
 #include "runner/commands.h"
 #include "runner/failure.h"
 #include "runner/help.h"
-#include "runner/layouts.h"
 #include "runner/names.h"
+#include "runner/option_definitions.h"
+#include "runner/word_order.h"
 
 namespace runner {
 namespace {
@@ -22,145 +21,6 @@ host::Application ApplicationCalled(std::string_view kind) {
   return kind == "web" ? host::Application::kWeb : host::Application::kDesktop;
 }
 
-// What the command line holds before it is made sense of.
-struct Raw {
-  Options options;
-  std::string application = "desktop";
-  std::string damage = "warn", metadata = "keep";
-  double pixelLimit = 250;
-  int page = 0, quality = 0;
-  std::string plugin, photo, outputFolder;
-  std::vector<std::string> words, saves;
-  bool noPicture = false;
-};
-
-void AddHostOptions(CLI::App* command, Raw* raw) {
-  const std::string group = "What the plug-in meets";
-  command
-      ->add_option("--plugin", raw->plugin, "The plug-in; otherwise Picture.so beside this program")
-      ->type_name("PATH")
-      ->group(group);
-  command->add_option("--host-version", raw->options.hostVersion, "The host's version")
-      ->type_name("NUMBER")
-      ->capture_default_str()
-      ->group(group);
-  command->add_option("--application", raw->application, "desktop, console or web")
-      ->check(CLI::IsMember({"desktop", "console", "web"}))
-      ->type_name("KIND")
-      ->capture_default_str()
-      ->group(group);
-}
-
-void AddPictureOptions(CLI::App* command, Raw* raw) {
-  const std::string group = "What the plug-in meets";
-  command
-      ->add_option("--layout", raw->options.layout,
-                   "How pixels lie in memory: argb-premultiplied, argb, xrgb, rgba-premultiplied, "
-                   "rgba, rgbx or rows; otherwise what such an application has")
-      ->check(CLI::IsMember(LayoutNames()))
-      ->type_name("NAME")
-      ->group(group);
-  command
-      ->add_option("--pixel-limit", raw->pixelLimit,
-                   "Megapixels that a picture file may have; larger ones are not decoded")
-      ->type_name("MEGAPIXELS")
-      ->check(CLI::Range(0.000001, 4000.0))
-      ->capture_default_str();
-}
-
-void AddFileOptions(CLI::App* command, Raw* raw) {
-  const std::string reading = "How files are opened";
-  Options& options = raw->options;
-  command->add_option("--page", raw->page, "One page or frame alone, from 1; otherwise all")
-      ->check(CLI::Range(1, INT_MAX))
-      ->type_name("N")
-      ->group(reading);
-  command
-      ->add_option("--damage", raw->damage,
-                   "Damaged files: warn and use what can be decoded, fail, or ignore it")
-      ->check(CLI::IsMember({"warn", "fail", "ignore"}))
-      ->type_name("WHAT")
-      ->capture_default_str()
-      ->group(reading);
-  command->add_flag("--to-srgb", options.toSrgb, "Convert colours through the file's profile")
-      ->group(reading);
-  command
-      ->add_flag("--keep-alpha", options.keepAlpha,
-                 "Work on the colours alone, and put the file's alpha over the result")
-      ->group(reading);
-  command->add_flag("--strict", options.strict, "What would be a warning is an error")
-      ->group(reading);
-
-  const std::string writing = "How files are saved";
-  command
-      ->add_option("-f,--format", options.format,
-                   "The format of the outputs; otherwise that of their names")
-      ->check(CLI::IsMember(FormatNames(), CLI::ignore_case))
-      ->type_name("NAME")
-      ->group(writing);
-  command
-      ->add_option("--metadata", raw->metadata,
-                   "EXIF, XMP, IPTC, profile, comments: keep all, keep the profile, or none")
-      ->check(CLI::IsMember({"keep", "profile", "none"}))
-      ->type_name("WHAT")
-      ->capture_default_str()
-      ->group(writing);
-  command->add_option("--quality", raw->quality, "From 1 to 100; otherwise as the file came")
-      ->check(CLI::Range(1, 100))
-      ->type_name("N")
-      ->group(writing);
-  command->add_flag("--lossless", options.save.lossless, "No pixel changes on its way to the file")
-      ->group(writing);
-  command
-      ->add_option("--compression", options.save.compression,
-                   "PNG: 0 to 9; TIFF: none, lzw, deflate, zstd, packbits, jpeg or ccittfax4")
-      ->type_name("WHICH")
-      ->group(writing);
-}
-
-void AddList(CLI::App* app, Raw* raw) {
-  CLI::App* list = app->add_subcommand("list", "Show everything that the plug-in registered");
-  list->add_flag("--json", raw->options.json, "As JSON, for programs");
-  AddHostOptions(list, raw);
-}
-
-void AddRun(CLI::App* app, Raw* raw) {
-  CLI::App* run = app->add_subcommand("run", "Evaluate call expressions on a picture");
-  run->add_option("WORDS", raw->words, "The picture file, then one expression or more")
-      ->type_name("PHOTO EXPRESSION...");
-  run->add_option("-o,--output", raw->options.output,
-                  "Where the current picture goes at the end; - is standard output")
-      ->type_name("FILE");
-  run->add_option("--save", raw->saves, "Save what has a name: a block, a string or a picture")
-      ->type_name("NAME=FILE")
-      ->allow_extra_args(false);
-  run->add_flag("--no-picture", raw->noPicture, "There is no PHOTO, only expressions");
-  AddFileOptions(run, raw);
-  AddPictureOptions(run, raw);
-  AddHostOptions(run, raw);
-  run->footer(kRunHelp);
-}
-
-void AddBatch(CLI::App* app, Raw* raw) {
-  CLI::App* batch = app->add_subcommand("batch", "Evaluate call expressions on many pictures");
-  batch->add_option("WORDS", raw->words, "One expression or more, then the picture files")
-      ->type_name("EXPRESSION... FILES...");
-  batch
-      ->add_option("-d,--output-dir", raw->outputFolder,
-                   "Where the results go, under the same names")
-      ->type_name("DIR")
-      ->required();
-  batch->add_option("-j,--jobs", raw->options.jobs, "Pictures at a time; otherwise one a processor")
-      ->check(CLI::Range(1, 1024))
-      ->type_name("N");
-  batch->add_flag("--skip-existing", raw->options.skipExisting,
-                  "Leave results alone that are there");
-  AddFileOptions(batch, raw);
-  AddPictureOptions(batch, raw);
-  AddHostOptions(batch, raw);
-  batch->footer(kBatchHelp);
-}
-
 std::pair<std::string, std::filesystem::path> SplitSave(const std::string& text) {
   const size_t equals = text.find('=');
   if (equals == 0 || equals == std::string::npos || equals + 1 == text.size())
@@ -168,34 +28,77 @@ std::pair<std::string, std::filesystem::path> SplitSave(const std::string& text)
   return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
-void FinishRun(Raw* raw) {
-  Options& options = raw->options;
-  size_t first = 0;
-  if (!raw->noPicture && !raw->words.empty()) options.photo = raw->words[first++];
-  options.expressions.assign(raw->words.begin() + static_cast<ptrdiff_t>(first), raw->words.end());
-  if (options.expressions.empty())
-    throw UsageFailure("run takes a picture and at least one expression, like " +
-                       std::string("picturehost run photo.jpg InvertKRT -o out.png"));
-  for (const std::string& save : raw->saves) options.saves.push_back(SplitSave(save));
+// The words of the command line that are options of a command, with their values; not -e.
+std::vector<std::string> OptionWords(const CLI::App& command, int count, const char* const* words) {
+  std::vector<std::string> options;
+  for (int i = 2; i < count; ++i) {
+    const std::string word = words[i];
+    if (word.size() < 2 || word[0] != '-') continue;
+    const bool isLong = word[1] == '-';
+    const size_t equals = isLong ? word.find('=') : std::string::npos;
+    const std::string name = isLong ? word.substr(0, equals) : word.substr(0, 2);
+    const CLI::Option* option = command.get_option_no_throw(name);
+    const bool takesNext = option != nullptr && option->get_items_expected_max() > 0 &&
+                           equals == std::string::npos && (isLong || word.size() == 2);
+    const bool isExpression = name == "-e" || name == "--expression";
+    if (!isExpression) options.push_back(word);
+    if (!takesNext || i + 1 == count) continue;
+    ++i;
+    if (!isExpression) options.emplace_back(words[i]);
+  }
+  return options;
 }
 
-// The first word is an expression. From the second on, the first one that names a file, or ends as
-// the name of a picture file does, begins the files.
-void FinishBatch(Raw* raw) {
+void FinishRun(Raw* raw, const std::vector<std::string>& files) {
   Options& options = raw->options;
-  const auto isFile = [](const std::string& word) {
-    std::error_code ignored;
-    return FormatByExtension(word) != nullptr || std::filesystem::exists(word, ignored);
-  };
-  if (raw->words.size() < 2) throw UsageFailure("batch takes an expression and picture files");
-  const auto files = std::find_if(raw->words.begin() + 1, raw->words.end(), isFile);
-  options.expressions.assign(raw->words.begin(), files);
-  options.files.assign(files, raw->words.end());
-  if (options.files.empty()) throw UsageFailure("batch takes at least one picture file");
+  if (options.expressions.empty())
+    throw UsageFailure("run takes an expression and a picture file, as in " +
+                       std::string("picturehost run InvertKRT photo.jpg -o out.png"));
+  if (raw->noPicture && !files.empty())
+    throw UsageFailure("with --no-picture there is no picture file, and " + Quoted(files[0]) +
+                       " is one; expressions beyond the first go after -e");
+  if (!raw->noPicture && std::all_of(files.begin(), files.end(), IsHardlyAFile))
+    throw UsageFailure("there is no picture file behind the expression, as in " +
+                       std::string("picturehost run InvertKRT photo.jpg -o out.png; "
+                                   "--no-picture says that none is needed"));
+  if (files.size() > 1)
+    throw UsageFailure("run takes one picture file, and these are " + std::to_string(files.size()) +
+                       "; batch takes many, and expressions beyond the first go after -e");
+  if (!files.empty()) options.photo = files[0];
+}
+
+void FinishBatch(Raw* raw, const std::vector<std::string>& files) {
+  Options& options = raw->options;
+  if (raw->skipExisting)
+    throw UsageFailure(
+        "--skip-existing is no more: --resume leaves out what is done, and notices "
+        "what has changed");
+  if (options.expressions.empty() || (files.empty() && raw->list.empty()))
+    throw UsageFailure("batch takes an expression and picture files, as in " +
+                       std::string("picturehost batch InvertKRT *.jpg -d out"));
+  if (std::find(files.begin(), files.end(), kStandardStream) != files.end())
+    throw UsageFailure("- is one picture from standard input, for run; --files-from - reads names");
+  options.inputs.files.assign(files.begin(), files.end());
+  options.inputs.list = raw->list;
+  options.inputs.inputFolder = raw->inputFolder;
   options.outputFolder = raw->outputFolder;
+  options.manifest = raw->manifest;
+  options.limits.time = std::chrono::milliseconds(std::llround(raw->fileTimeout * 1000));
+  options.limits.memory = static_cast<uint64_t>(std::llround(raw->fileMemory * 1e6));
+  if (raw->csv) options.valueFormat = ValueFormat::kCsv;
+  if (options.inputs.nulls && raw->list.empty())
+    throw UsageFailure("--null is about the names of --files-from");
+  const bool writes = !raw->outputFolder.empty() || !options.output.empty() || options.inPlace ||
+                      !raw->saves.empty();
+  if (!writes && (options.resume || !options.manifest.empty()))
+    throw UsageFailure(
+        "without outputs there is no manifest; --output-dir, --output, --in-place "
+        "and --save name outputs");
 }
 
 }  // namespace
+
+const char* ProgramVersion() { return PICTURE_VERSION; }
 
 std::optional<Options> ParseOptions(int count, const char* const* words) {
   Raw raw;
@@ -206,9 +109,7 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
                        "Print the program's version and exit");
   app.footer(kHelp);
   app.get_formatter()->column_width(34);
-  AddList(&app, &raw);
-  AddRun(&app, &raw);
-  AddBatch(&app, &raw);
+  AddCommands(&app, &raw);
   if (count < 2) throw UsageFailure("list, run or batch? (picturehost --help explains)");
   // Behind "--" stand words alone, however they look. (CLI11 would take them for the program's, not
   // for its command's.)
@@ -243,13 +144,22 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))
     throw UsageFailure(rows ? "rows are what console and web applications have; see --application"
                             : "console and web applications have rows and no other layout");
-  if (app.got_subcommand("run")) {
-    options.command = Command::kRun;
-    FinishRun(&raw);
-  } else if (app.got_subcommand("batch")) {
-    options.command = Command::kBatch;
-    FinishBatch(&raw);
-  }
+  if (app.got_subcommand("list")) return options;
+  const bool isRun = app.got_subcommand("run");
+  options.command = isRun ? Command::kRun : Command::kBatch;
+  const CLI::App* command = app.get_subcommands()[0];
+  const std::string meant =
+      CommandInOrder({words[0], command->get_name(), OptionWords(*command, plainCount, words),
+                      raw.noPicture      ? CommandLine::Files::kNone
+                      : raw.list.empty() ? CommandLine::Files::kSome
+                                         : CommandLine::Files::kAny},
+                     raw.words, raw.expressions);
+  if (!meant.empty()) throw UsageFailure("expressions come before files: " + meant);
+  const Words sorted = SortWords(raw.words, raw.expressions);
+  options.expressions = sorted.expressions;
+  for (const std::string& save : raw.saves) options.saves.push_back(SplitSave(save));
+  if (raw.json) options.valueFormat = ValueFormat::kJson;
+  isRun ? FinishRun(&raw, sorted.files) : FinishBatch(&raw, sorted.files);
   return options;
 }
 

@@ -9,8 +9,11 @@
 #include <vector>
 
 #include "host/host.h"
+#include "runner/crew.h"
 #include "runner/files/image_reader.h"
 #include "runner/files/image_writer.h"
+#include "runner/values.h"
+#include "runner/work/input_list.h"
 
 namespace runner {
 
@@ -33,19 +36,29 @@ struct Options {
   std::optional<size_t> page;  // from 1; nothing: all of them
   SaveOptions save;
 
-  bool json = false;  // list
+  bool json = false;                             // list
+  ValueFormat valueFormat = ValueFormat::kText;  // run, batch
+  bool exitStatus = false;                       // run: the last result is the exit status
 
   std::string format;                          // of the outputs; empty: as their names or files say
   std::vector<std::string> expressions;        // run, batch
   std::optional<std::filesystem::path> photo;  // run; nothing: no picture
   std::string output;  // run: a name with options in brackets, or "-"; empty: nothing is written
-  std::vector<std::pair<std::string, std::filesystem::path>> saves;  // run: name and file
+  std::vector<std::pair<std::string, std::filesystem::path>> saves;  // a name and a file or pattern
 
-  std::vector<std::filesystem::path> files;  // batch
-  std::filesystem::path outputFolder;
+  // batch
+  InputSources inputs;                 // run's one file is its photo
+  std::filesystem::path outputFolder;  // empty: none; `output` is a pattern
+  bool inPlace = false;
+  std::filesystem::path manifest;  // empty: with the outputs
+  bool resume = false;
   int jobs = 1;
-  bool skipExisting = false;
+  TaskLimits limits;
+  bool quiet = false, keepGoing = false;
 };
+
+// "1.0.0".
+const char* ProgramVersion();
 
 // Nothing: help was asked for and has been printed. Throws UsageFailure.
 std::optional<Options> ParseOptions(int count, const char* const* words);

@@ -115,7 +115,8 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
       temporary(std::exchange(other.temporary, {})),
       hasSeveralNames(other.hasSeveralNames),
       file(std::exchange(other.file, -1)),
-      slot(std::exchange(other.slot, -1)) {}
+      slot(std::exchange(other.slot, -1)),
+      finished(other.finished) {}
 
 OutputFile::~OutputFile() { Close(); }
 
@@ -149,16 +150,20 @@ void OutputFile::Write(const void* bytes, size_t count) {
 }
 
 // All that can fail before anything is changed.
-void OutputFile::Complete() {
+struct stat OutputFile::Finish() {
+  if (file < 0) return finished;
   if (!temporary.empty()) {
     struct stat before {};
     hasSeveralNames =
         ::stat(destination.c_str(), &before) == 0 && S_ISREG(before.st_mode) && before.st_nlink > 1;
     if (!hasSeveralNames)
       if (const int error = KeepAttributes(destination, file)) Fail(error);
+    if (::fstat(file, &finished) != 0) Fail(errno);
+    if (hasSeveralNames) finished.st_ino = before.st_ino;
   }
   if (const int error = Flush(file)) Fail(error);
   if (::close(std::exchange(file, -1)) != 0) Fail(errno);  // network disks report here
+  return finished;
 }
 
 void OutputFile::TakePlace() {
@@ -180,7 +185,7 @@ void OutputFile::CommitAll(std::span<OutputFile> files, Folder folder) {
   size_t placed = 0;
   std::string problem;
   try {
-    for (OutputFile& file : files) file.Complete();
+    for (OutputFile& file : files) file.Finish();
     for (; placed < files.size(); ++placed) files[placed].TakePlace();
   } catch (const Failure& failure) {
     problem = failure.what();

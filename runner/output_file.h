@@ -1,6 +1,7 @@
 // Files that appear whole or not at all.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -33,8 +34,11 @@ class OutputFile {
   OutputFile& operator=(OutputFile&&) = delete;
   ~OutputFile();
 
-  // Both throw Failure for a full disk and the like.
+  // All throw Failure for a full disk and the like.
   void Write(const void* bytes, size_t count);
+  // Nothing more is written, and what was is on the disk. Gives the file's status as it will be in
+  // its place: inode, size and time; of a file that is written over, its inode.
+  struct stat Finish();
   // A folder that a symbolic link leads to isn't the one that the caller knows: it is flushed.
   void Commit(Folder folder = Folder::kFlushed);
 
@@ -60,7 +64,6 @@ class OutputFile {
  private:
   void OpenDescriptor(int number);
   void OpenTemporary(bool isPrivate);
-  void Complete();
   void TakePlace();
   [[noreturn]] void Fail(int error, const std::string& advice = {});
   void Close();
@@ -70,7 +73,8 @@ class OutputFile {
   std::string temporary;              // empty: the target is written directly
   bool hasSeveralNames = false;
   int file = -1;
-  int slot = -1;  // in the table that the signal handler walks
+  int slot = -1;            // in the table that the signal handler walks
+  struct stat finished {};  // once nothing more is written
 };
 
 }  // namespace runner

@@ -31,7 +31,8 @@ std::string ProgressBar(size_t done, size_t total, size_t failed, size_t columns
   return bar + count;
 }
 
-Progress::Progress(size_t count) : total(count), terminal(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(size_t count, bool isWanted)
+    : total(count), terminal(isWanted && ::isatty(STDERR_FILENO) == 1) {}
 
 void Progress::Show(size_t done, size_t failed) {
   if (!terminal) return;

@@ -10,7 +10,7 @@ namespace runner {
 // A bar on standard error where that is a terminal, and nothing anywhere else.
 class Progress {
  public:
-  explicit Progress(size_t total);
+  explicit Progress(size_t total, bool isWanted = true);
   ~Progress() { Clear(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -1,7 +1,6 @@
 // picturehost run
 #include <iostream>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "runner/commands.h"
@@ -20,37 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A file whose content is complete and that only needs its place.
-OutputFile Stage(const OutputName& name, std::span<const Page> pages, const Origin* origin,
-                 const SaveOptions& options) {
-  OutputFile file(name.path);
-  EncodePages(pages, name.encoding, origin, options,
-              [&](const void* bytes, size_t count) { file.Write(bytes, count); });
-  return file;
-}
-
-OutputFile Stage(const fs::path& path, const Operand& operand, const std::string& name,
-                 const SaveOptions& options) {
-  if (const host::Ref<host::Picture> picture = PictureIn(operand)) {
-    const Page page{picture, {}};
-    return Stage(OutputNamed(path.native()), std::span(&page, 1), nullptr, options);
-  }
-  if (const auto* string = std::get_if<host::Ref<host::String>>(&operand.value);
-      string && *string) {
-    OutputFile file(path);
-    file.Write((*string)->Bytes().data(), (*string)->Bytes().size());
-    return file;
-  }
-  if (const auto* block = std::get_if<host::Ref<host::MemoryBlock>>(&operand.value);
-      block && *block) {
-    OutputFile file(path);
-    file.Write((*block)->Bytes().data(), (*block)->Bytes().size());
-    return file;
-  }
-  throw Failure("only pictures, strings and memory blocks can be saved, and " + name + " is " +
-                Describe(operand));
-}
-
 std::vector<Statement> ParseAll(const std::vector<std::string>& expressions) {
   std::vector<Statement> statements;
   statements.reserve(expressions.size());
@@ -58,14 +26,8 @@ std::vector<Statement> ParseAll(const std::vector<std::string>& expressions) {
   return statements;
 }
 
-// A photo that can't be opened may be an expression by mistake.
 ImageReader OpenPhoto(const Options& options, const ImageOptions& images) {
   if (*options.photo == kStandardStream) return {ReadStandardInput(), "standard input", images};
-  std::error_code ignored;
-  if (!fs::exists(*options.photo, ignored) &&
-      options.photo->native().find('(') != std::string::npos)
-    throw UsageFailure("there is no picture " + Quoted(options.photo->native()) +
-                       "; the picture comes first, or --no-picture where there is none");
   return {*options.photo, images};
 }
 
@@ -78,55 +40,59 @@ OutputName NameOfOutput(const Options& options) {
   return OutputNamed("/dev/stdout", format);
 }
 
+// The format plays a part only where what is saved is a picture, and is asked for then.
+OutputName NameOfSave(const std::string& name) {
+  const size_t open = name.rfind('[');
+  const bool hasOptions = name.ends_with(']') && open != std::string::npos;
+  if (FormatByExtension(hasOptions ? name.substr(0, open) : name) != nullptr)
+    return OutputNamed(name);
+  return {name, {}};
+}
+
 }  // namespace
 
 int RunRun(const Options& options) {
   const std::vector<Statement> statements = ParseAll(options.expressions);
-  std::optional<OutputName> output;
-  if (!options.output.empty()) output = NameOfOutput(options);
+  std::vector<JobOutput> outputs;
+  if (!options.output.empty()) outputs.push_back({"", NameOfOutput(options)});
+  for (const auto& [name, path] : options.saves)
+    outputs.push_back({name, NameOfSave(path.native())});
   const HostSetup setup = StartHost(options);
   Session session(*setup.host, setup.images);
   std::vector<std::string> names;
   for (const Statement& statement : statements) session.CheckNames(statement, &names);
   for (const Statement& statement : statements) session.Prepare(statement);
 
-  std::string printed;
-  std::vector<Page> pages;
+  std::vector<PageResult> results;
   std::optional<ImageReader> reader;
-  const PrintLine print = [&](const std::string& line) { printed += line; };
   if (options.photo) {
     reader.emplace(OpenPhoto(options, setup.images));
-    pages = ProcessPages(&*reader, options.page, statements, *setup.host, setup.images, &session,
-                         print);
+    results = ProcessPages(&*reader, options.page, statements, *setup.host, setup.images, &session);
   } else {
-    RunStatements(statements, "", &session, print);
-    if (session.Current()) pages.push_back({session.Current(), {}});
+    results.push_back(RunStatements(statements, &session));
   }
-  if (!output && session.MadePicture())
-    throw Failure("the last expression came to a picture, and there is no --output to put it in");
-  if (output && pages.empty())
-    throw Failure("there is no picture for " + Quoted(output->path.native()));
-  if (pages.size() > 1 && !options.saves.empty())
-    throw Failure("the file has " + std::to_string(pages.size()) +
-                  " pages, and --save has one value to save; --page N takes one of them");
+  std::vector<OutputFile> files =
+      StageOutputs(results, session, reader ? &reader->FileOrigin() : nullptr, outputs, setup.save);
 
-  std::vector<OutputFile> files;
-  if (output)
-    files.push_back(Stage(*output, pages, reader ? &reader->FileOrigin() : nullptr, setup.save));
-  for (const auto& [name, path] : options.saves) {
-    const Operand* operand = session.Find(name);
-    if (operand == nullptr)
-      throw Failure("nothing is called " + name + " that could be saved" +
-                    DidYouMean(name, session.Names()));
-    files.push_back(Stage(path, *operand, name, setup.save));
+  bool isFalse = false;
+  for (const PageResult& result : results) {
+    if (!options.exitStatus) break;
+    if (!result.values.truth)
+      throw UsageFailure(
+          "--exit-status needs an expression at the end that comes to true or false");
+    isFalse = isFalse || !*result.values.truth;
   }
+  std::vector<PageValues> values;
+  for (const PageResult& result : results) values.push_back(result.values);
+  const std::string printed = FormatValues(options.photo ? &options.photo->native() : nullptr, "",
+                                           values, options.valueFormat);
   // Printed values would get between the bytes of a picture.
-  if (output && options.output == kStandardStream)
+  if (options.output == kStandardStream)
     std::cerr << printed;
   else if (!printed.empty())
     Print(printed);
   OutputFile::CommitAll(files);
-  return 0;
+  return isFalse ? 1 : 0;
 }
 
 }  // namespace runner

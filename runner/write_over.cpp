@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "runner/disk.h"
@@ -46,6 +47,14 @@ void DropSpecialBits(int file) {
     static_cast<void>(::fchmod(file, now.st_mode & 0777));
 }
 
+// The time of the last change, too: by it a resumed batch knows what it has done.
+void GiveTime(int from, int to) {
+  struct stat status {};
+  if (::fstat(from, &status) != 0) return;
+  const std::array<timespec, 2> times = {timespec{0, UTIME_OMIT}, status.st_mtim};
+  static_cast<void>(::futimens(to, times.data()));
+}
+
 int CopyAndFlush(int from, int to) {
   const int error = CopyBytes(from, to);
   return error != 0 ? error : Flush(to);
@@ -71,7 +80,9 @@ int WriteOver(const fs::path& from, const fs::path& to, std::string* copyLeft) {
   int error = FillCopy(to, place.Number(), copy.Number());
   if (error == 0) {
     DropSpecialBits(place.Number());
-    error = CopyAndFlush(bytes.Number(), place.Number());
+    error = CopyBytes(bytes.Number(), place.Number());
+    if (error == 0) GiveTime(bytes.Number(), place.Number());
+    if (error == 0) error = Flush(place.Number());
     if (error != 0 && CopyAndFlush(copy.Number(), place.Number()) != 0) {
       *copyLeft = copyName.native();
       return error;

@@ -14,17 +14,23 @@ class Failed(Exception):
 
 def command(example, output=None):
     """The words after `picturehost`, for the folder examples/."""
-    words = ["run", example["photo"]] if example["photo"] else ["run", "--no-picture"]
-    words += example["run"]
+    words = ["run", *_expressions(example), example["photo"] or "--no-picture"]
     return words + ["--output", str(output)] if output else words
+
+
+def _expressions(example):
+    """One stands before the files; several go after -e."""
+    expressions = example["run"]
+    return expressions if len(expressions) == 1 else [word for text in expressions for word in ("-e", text)]
 
 
 def typed(example):
     """The same as text for a shell, with one expression a line where there are several."""
-    words = command(example, None if example["only_values"] else "result.png")
-    lines = ["picturehost " + " ".join(shlex.quote(word) for word in words[: 2]), *map(shlex.quote, example["run"])]
+    quoted = [shlex.quote(text) for text in example["run"]]
+    lines = quoted if len(quoted) == 1 else [f"-e {text}" for text in quoted]
+    lines = ["picturehost run", *lines, example["photo"] or "--no-picture"]
     if not example["only_values"]:
-        lines.append("-o result.png")
+        lines[-1] += " -o result.png"
     text = " ".join(lines)
     return text if len(text) <= 76 else " \\\n    ".join(lines)
 

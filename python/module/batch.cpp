@@ -26,8 +26,9 @@ class Batch {
     const Locked locked;
     const py::gil_scoped_release released;
     const AsTheRunner asTheRunner(this);
-    return runner::DoFileJob({file, output}, {statements, images, save, std::nullopt}, TheHost(),
-                             &session);
+    return runner::DoFileJob({file, {{"", runner::OutputNamed(output.native())}}},
+                             {statements, images, save, std::nullopt}, TheHost(), &session)
+        .printed;
   }
 
  private:

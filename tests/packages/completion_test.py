@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import pty
+import re
 import select
 import shlex
 import shutil
@@ -40,29 +41,35 @@ class CompletionTest(unittest.TestCase):
         for entry in listing["classes"]:
             names |= {method["name"] for method in entry["methods"]} if entry["extension"] else {entry["name"]}
         self.assertGreater(len(names), 30)
-        self.assertEqual(self.offered("run", "photo one.jpg", ""), sorted(names))
+        self.assertEqual(self.offered("run", ""), sorted(names))
         self.assertEqual(self.offered("batch", ""), sorted(names))
         self.assertEqual(self.offered("run", "--no-picture", ""), sorted(names))
-        self.assertEqual(self.offered("run", "photo one.jpg", "InvertKRT", "Colorn"), ["ColornessKRT"])
-        self.assertEqual(self.offered("run", "--layout", "argb", "-o", "x.png", "p.jpg", "Tint"), ["TintPictureKRT"])
+        self.assertEqual(self.offered("run", "-e", "InvertKRT", "-e", "Colorn"), ["ColornessKRT"])
+        self.assertEqual(self.offered("run", "--layout", "argb", "-o", "x.png", "Tint"), ["TintPictureKRT"])
 
     def test_parameters_are_shown_within_quotation_marks(self):
-        self.assertEqual(self.offered("run", "photo one.jpg", "'Colorness"), [
+        self.assertEqual(self.offered("run", "'Colorness"), [
             "ColornessKRT(", "ColornessKRT(threshold as integer = 10)"])
-        self.assertEqual(self.offered("run", "photo one.jpg", "\"EmbeddedM"), [
+        self.assertEqual(self.offered("run", "-e", "\"EmbeddedM"), [
             "EmbeddedMaskKRT(", "EmbeddedMaskKRT(swap as boolean)"])
-        self.assertEqual(self.offered("run", "photo one.jpg", "'isBlack"), ["isBlackKRT", "isBlackKRT(", (
+        self.assertEqual(self.offered("run", "'isBlack"), ["isBlackKRT", "isBlackKRT(", (
             "isBlackKRT(left as integer,top as integer,width as integer,height as integer)")])
 
     def test_pictures_are_files(self):
-        self.assertEqual(self.offered("run", ""), ["photo one.jpg", "plates"])
-        self.assertEqual(self.offered("run", "--layout", "=", "rgbx", "ph"), ["photo one.jpg"])
+        self.assertEqual(self.offered("run", "InvertKRT", ""), ["photo one.jpg", "plates"])
+        self.assertEqual(self.offered("run", "InvertKRT", "--layout", "=", "rgbx", "ph"), ["photo one.jpg"])
         self.assertEqual(self.offered("batch", "InvertKRT", "ph"), ["photo one.jpg"])
-        self.assertEqual(self.offered("run", "--", "-"), [])
+        self.assertEqual(self.offered("batch", "-e", "InvertKRT", "ph"), ["photo one.jpg"])
+        self.assertEqual(self.offered("run", "InvertKRT", "--", "-"), [])
 
     def test_options_are_those_of_the_command(self):
         self.assertEqual(self.offered("list", "--"), ["--application", "--help", "--host-version", "--json", "--plugin"])
-        self.assertEqual(self.offered("batch", "--s"), ["--skip-existing", "--strict"])
+        for command in ("run", "batch", "list"):
+            described = run(BUILD / "picturehost", command, "--help")
+            options = re.findall(r"(?m)^ {2}((?:-\w,)?--[\w-]+)", described)
+            self.assertGreater(len(options), 4)
+            self.assertEqual(self.offered(command, "-"), sorted(name for names in options for name in names.split(",")))
+        self.assertEqual(self.offered("batch", "--s"), ["--save", "--strict"])
         self.assertEqual(self.offered("run", "--s"), ["--save", "--strict"])
 
     def test_values_of_options(self):
@@ -72,6 +79,10 @@ class CompletionTest(unittest.TestCase):
         self.assertEqual(self.offered("run", "--layout", "rgb"), ["rgba", "rgba-premultiplied", "rgbx"])
         self.assertEqual(self.offered("batch", "-f", "ti"), ["tif", "tiff"])
         self.assertEqual(self.offered("batch", "-d", ""), ["plates"])
+        self.assertEqual(self.offered("batch", "--input-dir", ""), ["plates"])
+        self.assertEqual(self.offered("batch", "--files-from", "p"), ["photo one.jpg", "plates"])
+        self.assertEqual(self.offered("batch", "--save", "red", "=", "photo"), ["photo one.jpg"])
+        self.assertEqual(self.offered("batch", "-e", "Colorn"), ["ColornessKRT"])
         self.assertEqual(self.offered("run", "-o", "p"), ["photo one.jpg", "plates"])
         self.assertEqual(self.offered("run", "--host-version", ""), [])
         self.assertEqual(self.offered("run", "--save", "photo"), [])
@@ -86,7 +97,7 @@ class CompletionTest(unittest.TestCase):
             os.chdir(self.folder)
             os.environ["PATH"] = f"{self.folder}:{os.environ['PATH']}"
             os.execlp("bash", "bash", "--norc", "--noprofile", "-i")
-        typed = f"source {COMPLETION}\n" "picturehost run cof\t'ChangeSat\t30)' --outp\tout.png; echo $? >done\nexit\n"
+        typed = f"source {COMPLETION}\n" "picturehost run 'ChangeSat\t30)' cof\t --outp\tout.png; echo $? >done\nexit\n"
         os.write(terminal, typed.encode())
         seen, deadline = b"", time.monotonic() + 30
         while time.monotonic() < deadline and not (done.exists() and done.read_text()):
@@ -98,7 +109,7 @@ class CompletionTest(unittest.TestCase):
         os.close(terminal)
         os.waitpid(child, 0)
         self.assertEqual(done.exists() and done.read_text(), "0\n", seen.decode(errors="replace"))
-        run(BUILD / "picturehost", "run", PHOTO, "ChangeSaturationKRT(30)", "--output", self.folder / "expected.png")
+        run(BUILD / "picturehost", "run", "ChangeSaturationKRT(30)", PHOTO, "--output", self.folder / "expected.png")
         self.assertEqual((self.folder / "out.png").read_bytes(), (self.folder / "expected.png").read_bytes())
 
 

@@ -51,7 +51,7 @@ class DebianTest(unittest.TestCase):
     def test_the_unpacked_program_works(self):
         results = [self.scratch / name for name in ("unpacked.png", "built.png")]
         for program, result in zip((self.program, BUILD / "picturehost"), results):
-            run(program, "run", PHOTO, "InvertKRT", "--output", result)
+            run(program, "run", "InvertKRT", PHOTO, "--output", result)
         self.assertEqual(results[0].read_bytes(), results[1].read_bytes())
 
     def test_it_is_installed_and_removed_without_a_trace(self):

@@ -27,7 +27,8 @@ class Runner:
 
     def run(self, *expressions, photo="photo.png", saves=(), output=True, layout="rgba"):
         """Gives the bytes of the picture, of what was saved by name, and the printed values."""
-        words = [self.program, "run", "--layout", layout, photo, *expressions]
+        words = [self.program, "run", "--layout", layout, photo]
+        words += [word for expression in expressions for word in ("-e", expression)]
         if output:
             words += ["--output", "expected.png"]
         for name in saves:

@@ -99,7 +99,8 @@ def contents(folder):
 def expected_by_the_program(program, inputs, outputs, expressions):
     for below in sorted(inputs.iterdir()):
         if below.is_dir():
-            subprocess.run([program, "batch", *expressions, "--output-dir", outputs / below.name,
+            words = [word for expression in expressions for word in ("-e", expression)]
+            subprocess.run([program, "batch", *words, "--output-dir", outputs / below.name,
                             *sorted(below.glob("*.png"))], check=True, capture_output=True)
     return contents(outputs)
 

@@ -193,7 +193,7 @@ class MetadataTest(unittest.TestCase):
     @classmethod
     def run_program(cls, source, target, *options):
         done = subprocess.run(
-            [PROGRAM, "run", source, "InvertKRT", "--output", target, *options],
+            [PROGRAM, "run", "InvertKRT", source, "--output", target, *options],
             text=True,
             capture_output=True,
         )

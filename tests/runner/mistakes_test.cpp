@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "places.h"
 #include "tests/runner/images.h"
 #include "tests/runner/program.h"
 #include "tests/runner/scratch.h"
@@ -46,7 +47,7 @@ class Mistakes : public ::testing::Test {
   }
   // The same for one expression on in.png.
   std::string Of(const std::string& expression) {
-    return Complaint({"run", "in.png", expression, "-o", "out.png"});
+    return Complaint({"run", expression, "in.png", "-o", "out.png"});
   }
 
   size_t FileCount() {
@@ -58,15 +59,15 @@ class Mistakes : public ::testing::Test {
 };
 
 TEST_F(Mistakes, FilesThatAreNoPictures) {
-  EXPECT_EQ(Complaint({"run", "no.png", "InvertKRT", "-o", "out.png"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "no.png", "-o", "out.png"}),
             "can't open 'no.png': No such file or directory");
-  EXPECT_EQ(Complaint({"run", "folder", "InvertKRT", "-o", "out.png"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "folder", "-o", "out.png"}),
             "can't open 'folder': Is a directory");
-  EXPECT_EQ(Complaint({"run", "cut.png", "InvertKRT", "-o", "out.png"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "cut.png", "-o", "out.png"}),
             "'cut.png' is truncated, and nothing of it can be decoded");
-  EXPECT_NE(Complaint({"run", "text.png", "InvertKRT", "-o", "out.png"}).find("isn't an image"),
+  EXPECT_NE(Complaint({"run", "InvertKRT", "text.png", "-o", "out.png"}).find("isn't an image"),
             std::string::npos);
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "out.png", "--pixel-limit", "0.000199"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png", "-o", "out.png", "--pixel-limit", "0.000199"}),
             "'in.png' has 20 x 10 pixels, more than the limit of 199 (see --pixel-limit)");
   EXPECT_EQ(Of("MergePictureKRT(self, picture(\"no\nno.png\"))"),
             "can't open 'no\\nno.png': No such file or directory");
@@ -122,12 +123,12 @@ TEST_F(Mistakes, NamesThatNothingHas) {
             "PictureLut3DKRT has no table called TABEL; did you mean Table?");
   EXPECT_EQ(Of("PictureSepiaKRT(SepiaRed = cube(\"three.cube\"))"),
             "PictureSepiaKRT has no table called SepiaRed");
-  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "RDE=x.bin"}),
+  EXPECT_EQ(Complaint({"run", "CountColorsKRT", "in.png", "--save", "RDE=x.bin"}),
             "nothing is called RDE that could be saved; did you mean red?");
-  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "rde=x.bin"}),
+  EXPECT_EQ(Complaint({"run", "CountColorsKRT", "in.png", "--save", "rde=x.bin"}),
             "nothing is called rde that could be saved; did you mean red?");
   // Found before anything is evaluated.
-  EXPECT_EQ(Complaint({"run", "no.png", "InvertKRT", "InvrtKRT", "-o", "out.png"}),
+  EXPECT_EQ(Complaint({"run", "-e", "InvertKRT", "-e", "InvrtKRT", "no.png", "-o", "out.png"}),
             "there is no method, class or value called InvrtKRT; did you mean InvertKRT?");
 }
 
@@ -183,7 +184,7 @@ TEST_F(Mistakes, TablesThatDoNotFit) {
             "curves takes the name of a file in quotation marks: curves(\"file\")");
   // Found before the picture is looked for.
   EXPECT_EQ(
-      Complaint({"run", "no.png", "PictureLut3DKRT(table = cube(\"one.cube\"))", "-o", "out.png"})
+      Complaint({"run", "PictureLut3DKRT(table = cube(\"one.cube\"))", "no.png", "-o", "out.png"})
           .substr(0, 10),
       "'one.cube'");
 }
@@ -220,34 +221,34 @@ TEST_F(Mistakes, NilResultsSayWhy) {
             "PictureSepiaKRT: Run gave false: a picture among the arguments is nil");
   Save(Noise(4, 4, 4), scratch / "alpha.png", "png");
   EXPECT_EQ(
-      Complaint({"run", "alpha.png", "InvertKRT", "-o", "out.png", "--host-version", "2011.03"}),
+      Complaint({"run", "InvertKRT", "alpha.png", "-o", "out.png", "--host-version", "2011.03"}),
       "InvertKRT gave nil: hosts before 2011.04 can't make pictures with an alpha channel");
   Save(MakeImage(32768, 1, [](int, int) { return Pixel{1, 2, 3}; }), scratch / "wide.png", "png");
-  EXPECT_EQ(Complaint({"run", "wide.png", "InvertKRT", "-o", "out.png"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "wide.png", "-o", "out.png"}),
             "InvertKRT gave nil: the picture has 32768 x 1 pixels, and a side of a result has at "
             "most 32767");
 }
 
 TEST_F(Mistakes, OutputsThatCannotBeWritten) {
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "/dev/full"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png", "-o", "/dev/full"}),
             "can't write '/dev/full': No space left on device");
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "no/out.png"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png", "-o", "no/out.png"}),
             "can't write 'no/out.png': No such file or directory");
   EXPECT_EQ(
-      Complaint({"run", "in.png", "InvertKRT", "-o", "out.svg"}),
+      Complaint({"run", "InvertKRT", "in.png", "-o", "out.svg"}),
       "can't write 'out.svg': the name must end in .png, .jpg, .tif, .webp, .gif, .ppm, .bmp, "
       ".heic, .avif, .jxl or .jp2");
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "-o", "folder"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png", "-o", "folder"}),
             "can't write 'folder': the name must end in .png, .jpg, .tif, .webp, .gif, .ppm, .bmp, "
             ".heic, .avif, .jxl or .jp2");
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT"}),
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png"}),
             "the last expression came to a picture, and there is no --output to put it in");
-  EXPECT_EQ(Complaint({"run", "in.png", "CountColorsKRT", "--save", "count=count.txt"}),
+  EXPECT_EQ(Complaint({"run", "CountColorsKRT", "in.png", "--save", "count=count.txt"}),
             "only pictures, strings and memory blocks can be saved, and count is 200");
   // Of two outputs the second is impossible: the first isn't written either.
-  EXPECT_EQ(Complaint({"run", "in.png", "InvertKRT", "CountColorsKRT", "-o", "new.png", "--save",
-                       "red=no/red.bin"}),
+  EXPECT_EQ(Complaint({"run", "-e", "InvertKRT", "-e", "CountColorsKRT", "in.png", "-o", "new.png",
+                       "--save", "red=no/red.bin"}),
             "can't write 'no/red.bin': No such file or directory");
 }
 
@@ -257,7 +258,7 @@ TEST_F(Mistakes, ADiskThatFillsUpLeavesWhatWasThere) {
   for (const std::string name : {"out.png", "out.jpg", "out.tiff", "out.webp", "out.bmp"}) {
     WriteBytes(scratch / name, "before");
     const Finished finished =
-        RunProgram({"run", "noise.png", "InvertKRT", "-o", name}, {folder, false, 16384});
+        RunProgram({"run", "InvertKRT", "noise.png", "-o", name}, {folder, false, 16384});
     EXPECT_EQ(finished.status, 1) << name;
     EXPECT_EQ(finished.err, "picturehost: can't write '" + name + "': File too large\n");
     EXPECT_EQ(ReadBytes(scratch / name), "before") << name;
@@ -273,8 +274,8 @@ TEST_F(Mistakes, StandardOutputThatIsFull) {
            {"list", "--json"},
            {"--help"},
            {"run", "--help"},
-           {"run", "in.png", "isWhiteKRT"},
-           {"run", "in.png", "isWhiteKRT", "InvertKRT", "-o", "new.png"}}) {
+           {"run", "isWhiteKRT", "in.png"},
+           {"run", "-e", "isWhiteKRT", "-e", "InvertKRT", "in.png", "-o", "new.png"}}) {
     const Finished finished = RunProgram(arguments, full);
     EXPECT_EQ(finished.status, 1) << arguments.back();
     EXPECT_EQ(finished.err,
@@ -286,16 +287,47 @@ TEST_F(Mistakes, StandardOutputThatIsFull) {
 TEST_F(Mistakes, CommandLines) {
   EXPECT_EQ(Complaint({}, 2), "list, run or batch? (picturehost --help explains)");
   EXPECT_NE(Complaint({"run", "--wrong"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png"}, 2).find("at least one expression"), std::string::npos);
+  EXPECT_EQ(
+      Complaint({"run", "InvertKRT"}, 2),
+      "there is no picture file behind the expression, as in picturehost run InvertKRT photo.jpg "
+      "-o out.png; --no-picture says that none is needed");
   EXPECT_NE(Complaint({"run"}, 2), "");
   EXPECT_NE(Complaint({"paint"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--layout", "cmyk"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--application", "phone"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--layout", "rows"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--host-version", "new"}, 2), "");
-  EXPECT_NE(Complaint({"run", "in.png", "InvertKRT", "--save", "nothing"}, 2), "");
-  EXPECT_NE(Complaint({"run", "InvertKRT()", "InvertKRT", "-o", "out.png"}, 2).find("--no-picture"),
+  EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--layout", "cmyk"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--application", "phone"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--layout", "rows"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--host-version", "new"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--save", "nothing"}, 2), "");
+  EXPECT_NE(Complaint({"run", "InvertKRT", "InvertKRT()", "-o", "out.png"}, 2).find("--no-picture"),
             std::string::npos);
+  EXPECT_EQ(Complaint({"run", "InvertKRT", "in.png", "out.png"}, 2),
+            "run takes one picture file, and these are 2; batch takes many, and expressions beyond "
+            "the first go after -e");
+  EXPECT_NE(Complaint({"run", "--no-picture", "1 + 2", "in.png"}, 2).find("'in.png' is one"),
+            std::string::npos);
+  for (const std::string value : {"nan", "inf", "-1", "1e99", "5 x", ""}) {
+    EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--pixel-limit", value}, 2)
+                  .find("--pixel-limit: "),
+              std::string::npos)
+        << value;
+    EXPECT_NE(Complaint({"run", "InvertKRT", "in.png", "--host-version", value}, 2), "") << value;
+  }
+}
+
+TEST_F(Mistakes, WordsInAnotherOrderAreAnsweredWithTheRightCommand) {
+  const std::string start = "expressions come before files: " PICTURE_HOST_PROGRAM " ";
+  EXPECT_EQ(Complaint({"run", "in.png", "-o", "new file.png", "InvertKRT"}, 2),
+            start + "run InvertKRT in.png -o 'new file.png'");
+  EXPECT_EQ(Complaint({"batch", "-d", "new", "-j2", "in.png", "tall.png", "ColornessKRT(20)",
+                       "InvertKRT", "--layout=argb"},
+                      2),
+            start +
+                "batch -e 'ColornessKRT(20)' -e InvertKRT in.png tall.png -d new -j2 "
+                "--layout=argb");
+  EXPECT_EQ(Complaint({"batch", "InvertKRT", "isWhiteKRT", "in.png", "-d", "new"}, 2),
+            start + "batch -e InvertKRT -e isWhiteKRT in.png -d new");
+  EXPECT_EQ(Complaint({"run", "--no-picture", "1 + 2", "InvertKRT", "-o", "x.png"}, 2),
+            start + "run -e '1 + 2' -e InvertKRT --no-picture -o x.png");
 }
 
 TEST_F(Mistakes, PluginsThatAreNone) {

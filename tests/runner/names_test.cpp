@@ -20,6 +20,14 @@ TEST(Quoted, KeepsTextAndEscapesWhatATerminalWouldObey) {
   EXPECT_EQ(Shown("a\nb"), "'a\\nb'");
 }
 
+TEST(ShellQuoted, IsOneWordToAShell) {
+  EXPECT_EQ(ShellQuoted("photo-1.jpg"), "photo-1.jpg");
+  EXPECT_EQ(ShellQuoted(""), "''");
+  EXPECT_EQ(ShellQuoted("ColornessKRT(20)"), "'ColornessKRT(20)'");
+  EXPECT_EQ(ShellQuoted("it's $HOME"), "'it'\\''s $HOME'");
+  EXPECT_EQ(ShellQuoted("a\nb'\\\xFF"), "$'a\\nb\\'\\\\\\xFF'");
+}
+
 TEST(Nearest, FindsMisspeltAndUnfinishedNames) {
   const Names candidates = {"InvertKRT",    "InvertGrayKRT", "isWhiteKRT",
                             "ColornessKRT", "ScrollKRT",     "ScrollVerticalKRT"};

@@ -84,15 +84,15 @@ class KindsOfPixels(PictureFiles):
         grey = noise(20, 30, 1)[:, :, 0]
         for name in ("g.png", "g.tif", "g.pgm"):
             self.save(name, grey)
-            out = self.made(name, "InvertKRT", "-o", "out-" + name)
+            out = self.made("InvertKRT", name, "-o", "out-" + name)
             self.assertEqual(out.mode, "L", name)
             self.assertTrue(np.array_equal(np.array(out), 255 - grey), name)
         self.save("g.jpg", smooth(32, 32)[:, :, 0], quality=95)
-        self.assertEqual(self.made("g.jpg", "InvertKRT", "-o", "out.jpg").mode, "L")
+        self.assertEqual(self.made("InvertKRT", "g.jpg", "-o", "out.jpg").mode, "L")
 
     def test_grey_becomes_colour_where_the_result_has_colours(self):
         self.save("g.png", noise(20, 30, 1)[:, :, 0])
-        out = self.made("g.png", "TintPictureKRT(self, &cFF0000, &c0000FF)", "-o", "out.png")
+        out = self.made("TintPictureKRT(self, &cFF0000, &c0000FF)", "g.png", "-o", "out.png")
         self.assertEqual(out.mode, "RGB")
 
     def test_a_palette_comes_back_as_one(self):
@@ -103,7 +103,7 @@ class KindsOfPixels(PictureFiles):
             image = Image.fromarray(indexes, "P")
             image.putpalette(palette.tobytes())
             self.save("p.png", image, bits=bits)
-            out = self.made("p.png", "InvertKRT", "-o", "out.png")
+            out = self.made("InvertKRT", "p.png", "-o", "out.png")
             self.assertEqual(out.mode, "P", colours)
             self.assertTrue(np.array_equal(np.array(out.convert("RGB")), 255 - palette[indexes]), colours)
             # The depth in the header, behind the size.
@@ -113,7 +113,7 @@ class KindsOfPixels(PictureFiles):
         bits = random.integers(0, 2, (20, 30), dtype=np.uint8).astype(bool)
         for name, options in (("b.png", {}), ("b.tif", {"compression": "group4"})):
             self.save(name, Image.fromarray(bits), **options)
-            out = self.made(name, "InvertKRT", "-o", "out-" + name)
+            out = self.made("InvertKRT", name, "-o", "out-" + name)
             self.assertEqual(out.mode, "1", name)
             self.assertTrue(np.array_equal(np.array(out), ~bits), name)
         self.assertEqual(out.info["compression"], "group4")
@@ -121,7 +121,7 @@ class KindsOfPixels(PictureFiles):
     def test_sixteen_bits_are_rounded_with_a_warning(self):
         values = np.arange(65536, dtype=np.uint16).reshape(256, 256)
         self.save("wide.png", Image.fromarray(values))
-        done = self.run_program("wide.png", "InvertKRT", "InvertKRT", "-o", "out.png")
+        done = self.run_program("-e", "InvertKRT", "-e", "InvertKRT", "wide.png", "-o", "out.png")
         self.assertEqual(done.stderr, b"picturehost: warning: 'wide.png' has 16 bits a channel; its pixels are "
                                       b"rounded to 8\n")
         out = np.array(self.opened("out.png"))
@@ -141,7 +141,7 @@ class Colour(PictureFiles):
         icc = self.profile("a98.icc")
         for name in ("c.png", "c.tif"):
             self.save(name, image, icc_profile=icc)
-            out = self.made(name, "InvertKRT", "-o", "out-" + name)
+            out = self.made("InvertKRT", name, "-o", "out-" + name)
             self.assertEqual(out.info["icc_profile"], icc, name)
             self.assertTrue(np.array_equal(np.array(out), 255 - image), name)
 
@@ -149,7 +149,7 @@ class Colour(PictureFiles):
         image = smooth(60, 60)
         icc = self.profile("a98.icc")
         self.save("c.png", image, icc_profile=icc)
-        out = self.made("c.png", "InvertKRT", "InvertKRT", "--to-srgb", "-o", "out.png")
+        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.png", "--to-srgb", "-o", "out.png")
         expected = ImageCms.profileToProfile(
             Image.fromarray(image), io.BytesIO(icc), self.srgb, renderingIntent=1,
             flags=ImageCms.FLAGS["BLACKPOINTCOMPENSATION"])
@@ -162,7 +162,7 @@ class Colour(PictureFiles):
         icc = self.profile("default_cmyk.icc")
         image = Image.fromarray(np.dstack([smooth(64, 64), np.full((64, 64), 40, np.uint8)]), "CMYK")
         self.save("c.tif", image, icc_profile=icc)
-        out = self.made("c.tif", "InvertKRT", "InvertKRT", "-o", "out.tif")
+        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.tif", "-o", "out.tif")
         self.assertEqual(out.mode, "RGB")
         expected = ImageCms.profileToProfile(
             image, io.BytesIO(icc), self.srgb, renderingIntent=1, outputMode="RGB",
@@ -177,8 +177,8 @@ class Alpha(PictureFiles):
         image = noise(20, 30, 4)
         image[0, :8, 3] = 0
         self.save("logo.png", image)
-        self.assertEqual(self.made("logo.png", "InvertKRT", "-o", "out.png").mode, "RGB")
-        out = np.array(self.made("logo.png", "InvertKRT", "--keep-alpha", "-o", "kept.png"))
+        self.assertEqual(self.made("InvertKRT", "logo.png", "-o", "out.png").mode, "RGB")
+        out = np.array(self.made("InvertKRT", "logo.png", "--keep-alpha", "-o", "kept.png"))
         self.assertTrue(np.array_equal(out[:, :, 3], image[:, :, 3]))
         self.assertTrue(np.array_equal(out[:, :, :3], 255 - image[:, :, :3]))
 
@@ -209,7 +209,7 @@ class Pages(PictureFiles):
 
     def test_all_pages_are_done_and_saved_together(self):
         for name in ("p.tif", "p.webp"):
-            done = self.run_program(name, "InvertKRT", "-o", "out-" + name)
+            done = self.run_program("InvertKRT", name, "-o", "out-" + name)
             self.assertEqual((done.returncode, done.stderr), (0, b""))
             got, image = self.frames("out-" + name)
             self.assertEqual(len(got), 3, name)
@@ -222,7 +222,7 @@ class Pages(PictureFiles):
         images = [Image.fromarray(picture) for picture in plain]
         images[0].save(self.folder / "a.gif", save_all=True, append_images=images[1:], loop=2,
                        duration=[100, 200, 300])
-        self.made("a.gif", "InvertKRT", "-o", "out.gif")
+        self.made("InvertKRT", "a.gif", "-o", "out.gif")
         got, image = self.frames("out.gif")
         for picture, page in zip(plain, got):
             self.assertTrue(np.array_equal(page, 255 - picture))
@@ -233,7 +233,7 @@ class Pages(PictureFiles):
         self.assertEqual(delays, [100, 200, 300])
 
     def test_one_page(self):
-        out = self.made("p.tif", "InvertKRT", "--page", "2", "-o", "out.png")
+        out = self.made("InvertKRT", "p.tif", "--page", "2", "-o", "out.png")
         self.assertTrue(np.array_equal(np.array(out), 255 - self.pictures[1]))
         self.assertEqual(self.complaint("p.tif", "InvertKRT", "--page", "4", "-o", "x.png"),
                          "'p.tif' has 3 pages, there is no page 4")
@@ -244,7 +244,7 @@ class Pages(PictureFiles):
         self.assertFalse((self.folder / "out.jpg").exists())
 
     def test_printed_values_name_their_page(self):
-        done = self.run_program("p.tif", "ColornessKRT(20)")
+        done = self.run_program("ColornessKRT(20)", "p.tif")
         lines = done.stdout.decode().splitlines()
         self.assertEqual([line.split(" = ")[0] for line in lines],
                          [f"page {page}: ColornessKRT" for page in (1, 2, 3)])
@@ -255,14 +255,14 @@ class AsGoodAsItCame(PictureFiles):
         for quality, subsampling in ((98, 0), (70, 2), (35, 2)):
             self.save("q.jpg", smooth(64, 64), quality=quality, subsampling=subsampling)
             before = self.opened("q.jpg")
-            out = self.made("q.jpg", "InvertKRT", "-o", "out.jpg")
+            out = self.made("InvertKRT", "q.jpg", "-o", "out.jpg")
             self.assertEqual(out.quantization, before.quantization, quality)
             self.assertEqual(out.layer, before.layer, quality)
 
     def test_a_lossless_webp_stays_lossless(self):
         image = noise(30, 40)
         self.save("l.webp", image, lossless=True)
-        out = self.made("l.webp", "InvertKRT", "-o", "out.webp")
+        out = self.made("InvertKRT", "l.webp", "-o", "out.webp")
         self.assertTrue(np.array_equal(np.array(out), 255 - image))
 
     def test_options_of_the_format(self):
@@ -271,17 +271,17 @@ class AsGoodAsItCame(PictureFiles):
         tables = self.opened("expected.jpg").quantization
         for words in (["-o", "a.jpg[Q=35]"], ["--quality", "35", "-o", "b.jpg"],
                       ["--quality", "80", "-o", "c.jpg[Q=35]"]):
-            self.assertEqual(self.made("s.png", "InvertKRT", *words).quantization, tables, words)
-        self.assertTrue(self.made("s.png", "InvertKRT", "-o", "p.jpg[interlace]").info.get("progressive"))
+            self.assertEqual(self.made("InvertKRT", "s.png", *words).quantization, tables, words)
+        self.assertTrue(self.made("InvertKRT", "s.png", "-o", "p.jpg[interlace]").info.get("progressive"))
         sizes = []
         for level in ("0", "9"):
-            self.made("s.png", "InvertKRT", "--compression", level, "-o", "z.png")
+            self.made("InvertKRT", "s.png", "--compression", level, "-o", "z.png")
             sizes.append((self.folder / "z.png").stat().st_size)
         self.assertGreater(sizes[0], sizes[1])
         image = noise(16, 16)
         self.save("n.png", image)
         for name in ("n.webp", "n.jp2"):
-            out = self.made("n.png", "InvertKRT", "--lossless", "-o", name)
+            out = self.made("InvertKRT", "n.png", "--lossless", "-o", name)
             self.assertTrue(np.array_equal(np.array(out.convert("RGB")), 255 - image), name)
 
     def test_options_that_do_not_fit(self):
@@ -302,9 +302,9 @@ NOTICED = r"^picturehost: warning: '{}' is .*: noticed after [1-9]\d* of its {} 
 class Damage(PictureFiles):
     def tries(self, name):
         """Warned of, refused, and used without a word; gives the warning."""
-        warned = self.run_program(name, "InvertKRT", "-o", "warned.png")
-        refused = self.run_program(name, "InvertKRT", "--damage", "fail", "-o", "refused.png")
-        ignored = self.run_program(name, "InvertKRT", "--damage", "ignore", "-o", "ignored.png")
+        warned = self.run_program("InvertKRT", name, "-o", "warned.png")
+        refused = self.run_program("InvertKRT", name, "--damage", "fail", "-o", "refused.png")
+        ignored = self.run_program("InvertKRT", name, "--damage", "ignore", "-o", "ignored.png")
         self.assertEqual([run.returncode for run in (warned, refused, ignored)], [0, 1, 0], warned.stderr)
         self.assertFalse((self.folder / "refused.png").exists())
         self.assertEqual(ignored.stderr, b"")
@@ -335,7 +335,7 @@ class Damage(PictureFiles):
         picture = smooth(256, 256)
         for bytes_ in (None, 600):
             self.save("d.jpg", picture, quality=100)
-            self.made("d.jpg", "InvertKRT", "-o", "whole.png")
+            self.made("InvertKRT", "d.jpg", "-o", "whole.png")
             self.damage("d.jpg", 0.5, bytes_)
             self.assertRegex(self.tries("d.jpg"), NOTICED.format("d.jpg", 256))
             whole = 255 - np.array(self.opened("whole.png"))
@@ -378,7 +378,7 @@ class Pipes(PictureFiles):
         image = noise(20, 30)
         self.save("p.png", image)
         data = (self.folder / "p.png").read_bytes()
-        done = self.run_program("-", "InvertKRT", "CountColorsKRT", "-f", "tiff", "-o", "-", input=data)
+        done = self.run_program("-e", "InvertKRT", "-e", "CountColorsKRT", "-", "-f", "tiff", "-o", "-", input=data)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertTrue(np.array_equal(np.array(Image.open(io.BytesIO(done.stdout))), 255 - image))
         self.assertIn(b"count = 600\n", done.stderr)
@@ -387,7 +387,7 @@ class Pipes(PictureFiles):
         self.save("p.png", noise(4, 4))
         self.assertEqual(self.complaint("p.png", "InvertKRT", "-o", "-", status=2),
                          "a picture for standard output needs --format, like --format png")
-        done = self.run_program("-", "InvertKRT", "-o", "out.png", input=b"no picture")
+        done = self.run_program("InvertKRT", "-", "-o", "out.png", input=b"no picture")
         self.assertIn(b"picturehost: 'standard input' isn't an image that can be opened", done.stderr)
 
 

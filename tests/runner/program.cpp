@@ -56,7 +56,7 @@ Program::Program(const std::vector<std::string>& arguments, const Surroundings& 
   }
   process = ::fork();
   if (process == 0) {
-    ::dup2(::open("/dev/null", O_RDONLY), 0);
+    ::dup2(::open(around.input.empty() ? "/dev/null" : around.input.c_str(), O_RDONLY), 0);
     ::dup2(around.output.empty() ? out[1] : ::open(around.output.c_str(), O_WRONLY), 1);
     ::dup2(err[1], 2);
     if (!around.folder.empty() && ::chdir(around.folder.c_str()) != 0) ::_exit(126);

@@ -19,6 +19,7 @@ struct Surroundings {
   size_t largestFile = 0;   // bytes, as a disk that fills up; 0: no limit
   std::string output = {};  // what standard output is; empty: it is read
   int ignored = 0;          // a signal that is ignored, as nohup does; 0: none
+  std::string input = {};   // what standard input is; empty: nothing
 };
 
 // A program that runs; it is waited for at the end at the latest.

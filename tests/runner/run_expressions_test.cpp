@@ -11,8 +11,9 @@ namespace {
 TEST_F(RunCommand, SeveralExpressionsWorkInTurn) {
   const Image image = Noise(10, 10);
   Save(image, At("in.png"), "png");
-  const std::string out = Done({"run", At("in.png"), "InvertKRT", "CountColorKRT(&c010203)",
-                                "self.InvertKRT.InvertKRT", "InvertKRT()", "-o", At("out.png")});
+  const std::string out =
+      Done({"run", "-e", "InvertKRT", "-e", "CountColorKRT(&c010203)", "-e",
+            "self.InvertKRT.InvertKRT", "-e", "InvertKRT()", At("in.png"), "-o", At("out.png")});
   ExpectPixels(At("out.png"), 10, 10, [&](int x, int y) { return image.At(x, y); });
   EXPECT_EQ(out, "CountColorKRT = 0\n");
 }
@@ -22,24 +23,25 @@ TEST_F(RunCommand, NamesAreTheSameInCapitalsAndSmallLetters) {
   Save(image, At("in.png"), "png");
   const Surroundings here{scratch.Folder().native()};
   // A method, a parameter, a value, the current picture, constants, and what is saved.
-  Done({"run", "in.png", "DARK = invertkrt(LEFT = 0, TOP = 0, WIDTH = 12, HEIGHT = 9)",
-        "MERGEPICTUREKRT(dark, SELF.INVERTKRT)", "--save", "Dark=dark.png", "-o", "out.png"},
+  Done({"run", "-e", "DARK = invertkrt(LEFT = 0, TOP = 0, WIDTH = 12, HEIGHT = 9)", "-e",
+        "MERGEPICTUREKRT(dark, SELF.INVERTKRT)", "in.png", "--save", "Dark=dark.png", "-o",
+        "out.png"},
        here);
   for (const std::string name : {"dark.png", "out.png"})
     ExpectPixels(At(name), 12, 9, [&](int x, int y) { return Inverted(image.At(x, y)); });
-  EXPECT_EQ(Done({"run", "in.png", "SCROLLHORIZONTALKRT(0, TRUE, False)"}, here),
+  EXPECT_EQ(Done({"run", "SCROLLHORIZONTALKRT(0, TRUE, False)", "in.png"}, here),
             "SCROLLHORIZONTALKRT = true\n");
-  EXPECT_EQ(RunProgram({"run", "in.png", "replaceredchannelkrt(NIL)", "-o", "no.png"}, here).err,
+  EXPECT_EQ(RunProgram({"run", "replaceredchannelkrt(NIL)", "in.png", "-o", "no.png"}, here).err,
             "picturehost: ReplaceRedChannelKRT raised NilObjectException: The channel picture is "
             "nil.\n");
   // A file, a pair that is assigned to, and results by reference.
-  Done(
-      {"run", "in.png", "embeddedmaskkrt(FALSE) = PICTURE(\"in.png\")",
-       "EMBEDDEDMASKKRT(SWAP = TRUE)", "COUNTCOLORSKRT", "--save", "RED=red.bin", "-o", "mask.png"},
-      here);
+  Done({"run", "-e", "embeddedmaskkrt(FALSE) = PICTURE(\"in.png\")", "-e",
+        "EMBEDDEDMASKKRT(SWAP = TRUE)", "-e", "COUNTCOLORSKRT", "in.png", "--save", "RED=red.bin",
+        "-o", "mask.png"},
+       here);
   EXPECT_EQ(ReadBytes(At("red.bin")).size(), 1024U);
   // A class and its properties.
-  Done({"run", "in.png", "PICTURESEPIAKRT(SEPIARED = 40, sourcepicture = Self)", "-o", "sepia.png"},
+  Done({"run", "PICTURESEPIAKRT(SEPIARED = 40, sourcepicture = Self)", "in.png", "-o", "sepia.png"},
        here);
   ExpectPixels(At("sepia.png"), 12, 9, [&](int x, int y) {
     const Pixel pixel = image.At(x, y);
@@ -50,18 +52,18 @@ TEST_F(RunCommand, NamesAreTheSameInCapitalsAndSmallLetters) {
   std::string cube = "LUT_3D_SIZE 2\n";
   for (int i = 0; i < 8; ++i) cube += i % 2 == 0 ? "1 1 1\n" : "0 0 0\n";
   WriteBytes(At("film.cube"), cube);
-  Done({"run", "in.png", "PICTURELUT3DKRT(TABLE = CUBE(\"film.cube\"))", "-o", "film.png"}, here);
+  Done({"run", "PICTURELUT3DKRT(TABLE = CUBE(\"film.cube\"))", "in.png", "-o", "film.png"}, here);
   EXPECT_EQ(Read(At("film.png")).width, 12);
 }
 
 TEST_F(RunCommand, ConstantsMayBeCalculated) {
-  EXPECT_EQ(Done({"run", "--no-picture", "10 + 5", "&hFF Mod &b1000", "--", "-2 * 3"}),
+  EXPECT_EQ(Done({"run", "-e", "10 + 5", "-e", "&hFF Mod &b1000", "-e", "-2 * 3", "--no-picture"}),
             "value = 15\nvalue = 7\nvalue = -6\n");
-  EXPECT_EQ(Done({"run", "--no-picture", "1 / 4", "7 \\ 2", "&hFFFFFFFF"}),
+  EXPECT_EQ(Done({"run", "-e", "1 / 4", "-e", "7 \\ 2", "-e", "&hFFFFFFFF", "--no-picture"}),
             "value = 0.25\nvalue = 3\nvalue = 4294967295\n");
   const Image image = Noise(20, 10);
   Save(image, At("in.png"), "png");
-  Done({"run", At("in.png"), "InvertKRT(2 * 2, 10 \\ 5, &hA - 1, (1 + 2) * 2)", "-o",
+  Done({"run", "InvertKRT(2 * 2, 10 \\ 5, &hA - 1, (1 + 2) * 2)", At("in.png"), "-o",
         At("out.png")});
   ExpectPixels(At("out.png"), 20, 10, [&](int x, int y) {
     const bool inside = x >= 4 && x < 13 && y >= 2 && y < 8;
@@ -71,8 +73,8 @@ TEST_F(RunCommand, ConstantsMayBeCalculated) {
 
 TEST_F(RunCommand, AMethodIsCalledEachTimeItIsNamed) {
   Save(MakeImage(3, 3, [](int, int) { return Pixel{255, 255, 255}; }), At("white.png"), "png");
-  EXPECT_EQ(Done({"run", At("white.png"), "isWhiteKRT", "InvertKRT", "isWhiteKRT", "isBlackKRT",
-                  "-o", At("out.png")}),
+  EXPECT_EQ(Done({"run", "-e", "isWhiteKRT", "-e", "InvertKRT", "-e", "isWhiteKRT", "-e",
+                  "isBlackKRT", At("white.png"), "-o", At("out.png")}),
             "isWhiteKRT = true\nisWhiteKRT = false\nisBlackKRT = true\n");
 }
 
@@ -82,7 +84,8 @@ TEST_F(RunCommand, PrintsNumbers) {
                    return x == 0 ? Pixel{9, 8, 7} : Pixel{50, 50, 50};
                  }),
        At("in.png"), "png");
-  EXPECT_EQ(Done({"run", At("in.png"), "CountColorKRT(&c090807)", "isGrayKRT", "isGrayKRT(2)"}),
+  EXPECT_EQ(Done({"run", "-e", "CountColorKRT(&c090807)", "-e", "isGrayKRT", "-e", "isGrayKRT(2)",
+                  At("in.png")}),
             "CountColorKRT = 2\nisGrayKRT = false\nisGrayKRT = true\n");
 }
 
@@ -90,15 +93,15 @@ TEST_F(RunCommand, GlobalMethodsTakeSelfAndFiles) {
   const Image one = Noise(20, 10, 3, 1), two = Noise(20, 10, 3, 2);
   Save(one, At("one.png"), "png");
   Save(two, At("two.png"), "png");
-  Done({"run", At("one.png"), "MergePictureKRT(self, picture(\"two.png\"))", "-o", "merged.png"},
+  Done({"run", "MergePictureKRT(self, picture(\"two.png\"))", At("one.png"), "-o", "merged.png"},
        {scratch.Folder().native()});
   ExpectPixels(At("merged.png"), 20, 10, [&](int x, int y) {
     const Pixel a = one.At(x, y), b = two.At(x, y);
     return Pixel{std::max(a[0], b[0]), std::max(a[1], b[1]), std::max(a[2], b[2])};
   });
   // In the order red, blue, green.
-  Done({"run", At("one.png"), "other = picture(\"two.png\")",
-        "CombinePicturesKRT(self, other, other.InvertKRT)", "-o", "combined.png"},
+  Done({"run", "-e", "other = picture(\"two.png\")", "-e",
+        "CombinePicturesKRT(self, other, other.InvertKRT)", At("one.png"), "-o", "combined.png"},
        {scratch.Folder().native()});
   ExpectPixels(At("combined.png"), 20, 10, [&](int x, int y) {
     return Pixel{one.At(x, y)[0], uint8_t(255 - two.At(x, y)[1]), two.At(x, y)[2]};
@@ -111,10 +114,10 @@ TEST_F(RunCommand, ResultsByReferenceHaveTheirNames) {
   Save(MakeImage(5, 4, [&](int x, int y) { return haystack.At(x + 22, y + 13); }), At("needle.png"),
        "png");
   EXPECT_EQ(
-      Done({"run", At("haystack.png"), "FindPictureKRT(picture(\"" + At("needle.png") + "\"))"}),
+      Done({"run", "FindPictureKRT(picture(\"" + At("needle.png") + "\"))", At("haystack.png")}),
       "x = 22\ny = 13\nFindPictureKRT = true\n");
-  EXPECT_EQ(ValueOf(Done({"run", At("needle.png"),
-                          "FindPictureKRT(picture(\"" + At("haystack.png") + "\"))"}),
+  EXPECT_EQ(ValueOf(Done({"run", "FindPictureKRT(picture(\"" + At("haystack.png") + "\"))",
+                          At("needle.png")}),
                     "FindPictureKRT"),
             "false");
 }
@@ -126,8 +129,8 @@ TEST_F(RunCommand, MemoryBlocksAreSavedAndPassedOn) {
   for (size_t i = 0; i < image.bytes.size(); ++i) ++counts[i % 3][image.bytes[i]];
 
   const std::string out =
-      Done({"run", At("in.png"), "CountColorsKRT", "--save", "red=" + At("red.bin"), "--save",
-            "blue=" + At("blue.bin"), "--save=green=" + At("green.bin")});
+      Done({"run", "CountColorsKRT", At("in.png"), "--save=green=" + At("green.bin"), "--save",
+            "red=" + At("red.bin"), "--save", "blue=" + At("blue.bin")});
   EXPECT_EQ(ValueOf(out, "count"), "2000");
   EXPECT_EQ(ValueOf(out, "red").substr(0, 27), "memoryblock of 1024 bytes: ");
   // The block declared blue counts green, and the other way round.
@@ -139,8 +142,8 @@ TEST_F(RunCommand, MemoryBlocksAreSavedAndPassedOn) {
   }
 
   // Blocks accumulate when they are given again, by name or from a file.
-  Done({"run", At("in.png"), "CountColorsKRT", "CountColorsKRT(red, blue, green)",
-        "CountColorsKRT(red = memoryblock(\"" + At("red.bin") + "\"))", "--save",
+  Done({"run", "-e", "CountColorsKRT", "-e", "CountColorsKRT(red, blue, green)", "-e",
+        "CountColorsKRT(red = memoryblock(\"" + At("red.bin") + "\"))", At("in.png"), "--save",
         "red=" + At("again.bin"), "--save", "blue=" + At("fresh.bin")});
   for (size_t i = 0; i < 256; ++i) {
     EXPECT_EQ(Word(ReadBytes(At("again.bin")), i), 2 * counts[0][i]);
@@ -158,9 +161,9 @@ TEST_F(RunCommand, TablesComeFromFiles) {
   }
   WriteBytes(At("same.bin"), same);
   WriteBytes(At("reversed.bin"), reversed);
-  Done({"run", "in.png", "same = memoryblock(\"same.bin\")",
-        "TransformColorsKRT(memoryblock(\"reversed.bin\"), blue = same, green = same)", "-o",
-        "out.png"},
+  Done({"run", "-e", "same = memoryblock(\"same.bin\")", "-e",
+        "TransformColorsKRT(memoryblock(\"reversed.bin\"), blue = same, green = same)", "in.png",
+        "-o", "out.png"},
        {scratch.Folder().native()});
   ExpectPixels(At("out.png"), 8, 8, [&](int x, int y) {
     const Pixel pixel = image.At(x, y);
@@ -172,15 +175,15 @@ TEST_F(RunCommand, APairIsReadAndAssigned) {
   const Image image = Noise(14, 11), mask = Noise(14, 11, 3, 9);
   Save(image, At("in.png"), "png");
   Save(mask, At("mask.png"), "png");
-  Done({"run", "in.png", "EmbeddedMaskKRT(false) = picture(\"mask.png\")", "EmbeddedMaskKRT(true)",
-        "-o", "out.png"},
+  Done({"run", "-e", "EmbeddedMaskKRT(false) = picture(\"mask.png\")", "-e",
+        "EmbeddedMaskKRT(true)", "in.png", "-o", "out.png"},
        {scratch.Folder().native()});
   ExpectPixels(At("out.png"), 14, 11, [&](int x, int y) {
     const auto grey = uint8_t(255 - mask.At(x, y)[0]);
     return Pixel{grey, grey, grey};
   });
   // The alpha bytes of the photograph itself.
-  Done({"run", "in.png", "EmbeddedMaskKRT(true) = picture(\"mask.png\")", "--layout", "argb", "-o",
+  Done({"run", "EmbeddedMaskKRT(true) = picture(\"mask.png\")", "in.png", "--layout", "argb", "-o",
         "masked.png"},
        {scratch.Folder().native()});
   ExpectPixels(At("masked.png"), 14, 11, [&](int x, int y) {
@@ -193,7 +196,7 @@ TEST_F(RunCommand, APairIsReadAndAssigned) {
 TEST_F(RunCommand, MethodsInPlaceChangeTheCurrentPicture) {
   const Image image = Noise(9, 6);
   Save(image, At("in.png"), "png");
-  EXPECT_EQ(Done({"run", At("in.png"), "ScrollHorizontalKRT(2, true, false)", "-o", At("out.png")}),
+  EXPECT_EQ(Done({"run", "ScrollHorizontalKRT(2, true, false)", At("in.png"), "-o", At("out.png")}),
             "ScrollHorizontalKRT = true\n");
   ExpectPixels(At("out.png"), 9, 6, [&](int x, int y) { return image.At((x + 7) % 9, y); });
 }
@@ -201,7 +204,7 @@ TEST_F(RunCommand, MethodsInPlaceChangeTheCurrentPicture) {
 TEST_F(RunCommand, SepiaSetsItsPropertiesAndRuns) {
   const Image image = Noise(25, 15);
   Save(image, At("in.png"), "png");
-  Done({"run", At("in.png"), "PictureSepiaKRT(SepiaRed = 40, SepiaGreen = 20, FactorRed = 0.5)",
+  Done({"run", "PictureSepiaKRT(SepiaRed = 40, SepiaGreen = 20, FactorRed = 0.5)", At("in.png"),
         "-o", At("out.png")});
   ExpectPixels(At("out.png"), 25, 15, [&](int x, int y) {
     const Pixel pixel = image.At(x, y);
@@ -210,9 +213,9 @@ TEST_F(RunCommand, SepiaSetsItsPropertiesAndRuns) {
                  uint8_t(std::min(255, grey))};
   });
   // Another source, and bounds that anchor at the top left.
-  Done({"run", At("out.png"),
+  Done({"run",
         "PictureSepiaKRT(SourcePicture = picture(\"" + At("in.png") + "\"), MaxX = 10, MinX = 4)",
-        "-o", At("part.png")});
+        At("out.png"), "-o", At("part.png")});
   ExpectPixels(At("part.png"), 25, 15, [&](int x, int y) {
     const Pixel pixel = image.At(x, y);
     const auto grey = uint8_t((pixel[0] * 306 + pixel[1] * 601 + pixel[2] * 116) / 1024);
@@ -236,7 +239,7 @@ TEST_F(RunCommand, ATableComesFromACubeFile) {
         cube += line;
       }
   WriteBytes(At("film.cube"), cube);
-  Done({"run", At("in.png"), "PictureLut3DKRT(table = cube(\"" + At("film.cube") + "\"))", "-o",
+  Done({"run", "PictureLut3DKRT(table = cube(\"" + At("film.cube") + "\"))", At("in.png"), "-o",
         At("out.png")});
   ExpectPixels(At("out.png"), 16, 16, [&](int x, int y) {
     const Pixel pixel = image.At(x, y);
@@ -259,10 +262,10 @@ TEST_F(RunCommand, ATableThatLosesLevelsWarnsOnce) {
   // In the middle, at 127 and 128, where the file is at an eighth, the grid lies between 119 and
   // 136, where the file is at 29.75 and 46.75. Rounded, 127 is 32 in the file and
   // 29.75 + 8 / 17 * 17 = 37.75 of the grid.
-  const Finished finished =
-      RunProgram({"run", At("in.png"), "PictureLut3DKRT(table = cube(\"dark.cube\"))",
-                  "PictureLut3DKRT(table = cube(\"dark.cube\"))", "-o", At("out.png")},
-                 {scratch.Folder().native()});
+  const Finished finished = RunProgram(
+      {"run", "-e", "PictureLut3DKRT(table = cube(\"dark.cube\"))", "-e",
+       "PictureLut3DKRT(table = cube(\"dark.cube\"))", At("in.png"), "-o", At("out.png")},
+      {scratch.Folder().native()});
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.err,
             "picturehost: warning: 'dark.cube' has 3 points a side and is resampled to 16: colours "
@@ -273,7 +276,7 @@ TEST_F(RunCommand, AClassWithoutItsTableWarns) {
   const Image image = Noise(9, 7);
   Save(image, At("in.png"), "png");
   const Finished finished =
-      RunProgram({"run", At("in.png"), "PictureLut3DKRT(MaxX = 4)", "-o", At("out.png")});
+      RunProgram({"run", "PictureLut3DKRT(MaxX = 4)", At("in.png"), "-o", At("out.png")});
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.err,
             "picturehost: warning: PictureLut3DKRT is given no table and makes every pixel that it "
@@ -294,14 +297,14 @@ TEST_F(RunCommand, CurvesComeFromACubeFile) {
     return Pixel{pixel[0], uint8_t(255 - pixel[1]), uint8_t(pixel[2] * 0.502 + 0.5)};
   };
   const Surroundings here{scratch.Folder().native()};
-  Done({"run", "in.png", "TransformColorsKRT(curves(\"film.cube\"))", "-o", "out.png"}, here);
+  Done({"run", "TransformColorsKRT(curves(\"film.cube\"))", "in.png", "-o", "out.png"}, here);
   ExpectPixels(At("out.png"), 12, 12, expected);
   // With a name, and with an argument that follows.
-  Done({"run", "in.png", "film = curves(\"film.cube\")", "before = self",
-        "TransformColorsKRT(film, picture(\"other.png\"))", "-o", "out.png"},
+  Done({"run", "-e", "film = curves(\"film.cube\")", "-e", "before = self", "-e",
+        "TransformColorsKRT(film, picture(\"other.png\"))", "in.png", "-o", "out.png"},
        here);
   ExpectPixels(At("out.png"), 12, 12, expected);
-  EXPECT_EQ(Done({"run", "--no-picture", "curves(\"film.cube\")"}, here),
+  EXPECT_EQ(Done({"run", "curves(\"film.cube\")", "--no-picture"}, here),
             "curves = curves of red, green and blue\n");
 }
 
@@ -315,8 +318,8 @@ TEST_F(RunCommand, OneFileHasCurvesAndATable) {
   for (int i = 0; i < 4; ++i) cube += "0 0 0\n1 1 1\n";
   WriteBytes(At("both.cube"), cube);
   const Surroundings here{scratch.Folder().native()};
-  Done({"run", "in.png", "PictureLut3DKRT(table = cube(\"both.cube\"))", "-o", "cube.png"}, here);
-  Done({"run", "in.png", "TransformColorsKRT(curves(\"both.cube\"))", "-o", "curves.png"}, here);
+  Done({"run", "PictureLut3DKRT(table = cube(\"both.cube\"))", "in.png", "-o", "cube.png"}, here);
+  Done({"run", "TransformColorsKRT(curves(\"both.cube\"))", "in.png", "-o", "curves.png"}, here);
   ExpectPixels(At("cube.png"), 16, 16, [&](int x, int y) {
     const auto grey = uint8_t(255 - image.At(x, y)[0]);
     return Pixel{grey, grey, grey};
@@ -330,11 +333,11 @@ TEST_F(RunCommand, StringsAreSavedAndReadBack) {
   // 40 bytes of header, then red, green, blue.
   std::string expected("PPIC\0\0\0\x3A\0\0\0\3\0\0\0\2\0\0\0\x20\0\0\0\x28", 24);
   expected += std::string(16, '\0') + std::string(image.bytes.begin(), image.bytes.end());
-  EXPECT_EQ(Done({"run", At("in.png"), "PicturetoBinaryStringKRT(self)", "--save",
+  EXPECT_EQ(Done({"run", "PicturetoBinaryStringKRT(self)", At("in.png"), "--save",
                   "PicturetoBinaryStringKRT=" + At("in.ppic")}),
             "PicturetoBinaryStringKRT = string of 58 bytes\n");
   EXPECT_EQ(ReadBytes(At("in.ppic")), expected);
-  Done({"run", "--no-picture", "BinaryStringtoPictureKRT(string(\"" + At("in.ppic") + "\"))", "-o",
+  Done({"run", "BinaryStringtoPictureKRT(string(\"" + At("in.ppic") + "\"))", "--no-picture", "-o",
         At("out.png")});
   EXPECT_EQ(Read(At("out.png")).bytes, image.bytes);
 }
@@ -342,9 +345,9 @@ TEST_F(RunCommand, StringsAreSavedAndReadBack) {
 TEST_F(RunCommand, SoundsBringTheirBits) {
   const std::string sound = "samples(\"" + kExamples + "sounds/chord.wav\")";
   const std::string out = Done(
-      {"run", "--no-picture",
+      {"run",
        "RenderSamplesKRT(" + sound + ", Smooth = 1, Width = 120, Height = 50, outlinewidth = 0)",
-       "-o", At("wave.png")});
+       "--no-picture", "-o", At("wave.png")});
   EXPECT_EQ(out, "SampleCount = 22050\nBits = 8\n");
   const Image wave = Read(At("wave.png"));
   EXPECT_EQ(wave.width, 120);
@@ -358,11 +361,11 @@ TEST_F(RunCommand, SoundsBringTheirBits) {
   header[41] = 1;
   WriteBytes(At("silence.wav"), header + std::string(400, '\0'));
   EXPECT_EQ(
-      Done({"run", "--no-picture",
+      Done({"run",
             "RenderSamplesKRT(samples(\"" + At("silence.wav") +
                 "\"), Smooth = 1, Width = 10, Height = 8, outlinewidth = 0, BackColor = &c010203, "
                 "ForeColor = &c040506)",
-            "-o", At("line.png")}),
+            "--no-picture", "-o", At("line.png")}),
       "SampleCount = 100\nBits = -32\n");
   ExpectPixels(At("line.png"), 10, 8, [](int, int y) {
     return y == 4 ? Pixel{4, 5, 6} : Pixel{1, 2, 3};
@@ -372,7 +375,7 @@ TEST_F(RunCommand, SoundsBringTheirBits) {
 TEST_F(RunCommand, PicturesWithNamesAreSavedToo) {
   const Image image = Noise(6, 5);
   Save(image, At("in.png"), "png");
-  Done({"run", At("in.png"), "dark = InvertKRT", "--save", "dark=" + At("dark.bmp"), "-o",
+  Done({"run", "dark = InvertKRT", At("in.png"), "--save", "dark=" + At("dark.bmp"), "-o",
         At("same.png")});
   ExpectPixels(At("dark.bmp"), 6, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
   ExpectPixels(At("same.png"), 6, 5, [&](int x, int y) { return image.At(x, y); });
@@ -384,7 +387,7 @@ TEST_F(RunCommand, NamesOfFilesMayBeOdd) {
   for (const std::string name :
        {"-photo.png", "a b.png", "line\nend.png", "--output.png", "'q\".png"}) {
     Save(image, At(name), "png");
-    Done({"run", "--output=-out.png", "--", name, "InvertKRT"}, here);
+    Done({"run", "--output=-out.png", "--", "InvertKRT", name}, here);
     ExpectPixels(At("-out.png"), 5, 5, [&](int x, int y) { return Inverted(image.At(x, y)); });
     std::filesystem::remove(At("-out.png"));
   }

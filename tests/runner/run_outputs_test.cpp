@@ -31,14 +31,14 @@ class RunOutputs : public RunCommand {
 };
 
 TEST_F(RunOutputs, PipesGetAPng) {
-  WriteBytes(At("out.png"), Done({"run", At("in.png"), "InvertKRT", "-o", "/dev/stdout"}));
+  WriteBytes(At("out.png"), Done({"run", "InvertKRT", At("in.png"), "-o", "/dev/stdout"}));
   ExpectInverted(At("out.png"));
 }
 
 TEST_F(RunOutputs, AFifoGetsAPngAndStays) {
   ASSERT_EQ(::mkfifo(At("fifo").c_str(), 0600), 0);
   std::thread reader([&] { WriteBytes(At("out.png"), ReadBytes(At("fifo"))); });
-  Done({"run", At("in.png"), "InvertKRT", "-o", At("fifo")});
+  Done({"run", "InvertKRT", At("in.png"), "-o", At("fifo")});
   reader.join();
   ExpectInverted(At("out.png"));
   EXPECT_TRUE(fs::is_fifo(At("fifo")));
@@ -48,7 +48,7 @@ TEST_F(RunOutputs, StandardOutputIntoAFileGoesOnWhereTheFileStands) {
   for (const std::string name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
     for (const std::string arrow : {">", ">>"}) {
       WriteBytes(At("out"), arrow == ">" ? "much that the shell takes away" : "old ");
-      ASSERT_EQ(Shell("(printf begin; \"$0\" run in.png InvertKRT -o " + name + "; printf end) " +
+      ASSERT_EQ(Shell("(printf begin; \"$0\" run InvertKRT in.png -o " + name + "; printf end) " +
                       arrow + " out"),
                 0);
       std::string bytes = ReadBytes(At("out"));
@@ -61,7 +61,7 @@ TEST_F(RunOutputs, StandardOutputIntoAFileGoesOnWhereTheFileStands) {
 }
 
 TEST_F(RunOutputs, PrintedValuesFollowThePictureOnStandardOutput) {
-  ASSERT_EQ(Shell("\"$0\" run in.png isWhiteKRT InvertKRT -o /dev/stdout > out"), 0);
+  ASSERT_EQ(Shell("\"$0\" run -e isWhiteKRT -e InvertKRT in.png -o /dev/stdout > out"), 0);
   const std::string bytes = ReadBytes(At("out")), printed = "isWhiteKRT = false\n";
   ASSERT_TRUE(bytes.ends_with(printed));
   WriteBytes(At("out.png"), bytes.substr(0, bytes.size() - printed.size()));
@@ -69,16 +69,16 @@ TEST_F(RunOutputs, PrintedValuesFollowThePictureOnStandardOutput) {
 }
 
 TEST_F(RunOutputs, AnotherDescriptorIsWritten) {
-  ASSERT_EQ(Shell("\"$0\" run in.png InvertKRT -o /dev/fd/7 7> out.png"), 0);
+  ASSERT_EQ(Shell("\"$0\" run InvertKRT in.png -o /dev/fd/7 7> out.png"), 0);
   ExpectInverted(At("out.png"));
-  ASSERT_NE(Shell("\"$0\" run in.png InvertKRT -o /dev/fd/7 2> errors"), 0);
+  ASSERT_NE(Shell("\"$0\" run InvertKRT in.png -o /dev/fd/7 2> errors"), 0);
   EXPECT_EQ(ReadBytes(At("errors")), "picturehost: can't write '/dev/fd/7': Bad file descriptor\n");
 }
 
 TEST_F(RunOutputs, APictureWrittenOverItselfKeepsItsNames) {
   fs::create_hard_link(At("in.png"), At("same.png"));
   fs::create_symlink("in.png", At("link.png"));
-  Done({"run", At("in.png"), "InvertKRT", "-o", At("link.png")});
+  Done({"run", "InvertKRT", At("in.png"), "-o", At("link.png")});
   EXPECT_TRUE(fs::is_symlink(At("link.png")));
   EXPECT_EQ(fs::hard_link_count(At("in.png")), 2U);
   ExpectInverted(At("same.png"));

@@ -10,7 +10,7 @@ TEST_F(RunCommand, InvertsEveryShippedPhotograph) {
   for (const char* name :
        {"coffee.png", "chelsea.png", "rocket.jpg", "retina.jpg", "hubble_deep_field.jpg"}) {
     const std::string photo = kExamples + "photos/" + name;
-    EXPECT_EQ(Done({"run", photo, "InvertKRT", "--metadata", "none", "--output", At("out.bmp")}),
+    EXPECT_EQ(Done({"run", "InvertKRT", photo, "--metadata", "none", "--output", At("out.bmp")}),
               "");
     const Image source = Read(photo);
     ExpectPixels(At("out.bmp"), source.width, source.height,
@@ -24,7 +24,7 @@ TEST_F(RunCommand, InvertsTwelveMegapixels) {
                    return Pixel{uint8_t(x / 16), uint8_t(y / 12), uint8_t((x + y) / 28)};
                  }),
        At("large.jpg"), "jpeg");
-  Done({"run", At("large.jpg"), "InvertKRT", "-o", At("out.bmp")});
+  Done({"run", "InvertKRT", At("large.jpg"), "-o", At("out.bmp")});
   Image expected = Read(At("large.jpg"));
   for (uint8_t& value : expected.bytes) value = uint8_t(255 - value);
   const Image got = Read(At("out.bmp"));
@@ -35,7 +35,7 @@ TEST_F(RunCommand, InvertsTwelveMegapixels) {
 
 TEST_F(RunCommand, InvertsOnePixel) {
   Save(MakeImage(1, 1, [](int, int) { return Pixel{10, 20, 30}; }), At("one.png"), "png");
-  Done({"run", At("one.png"), "InvertKRT", "-o", At("out.png")});
+  Done({"run", "InvertKRT", At("one.png"), "-o", At("out.png")});
   ExpectPixels(At("out.png"), 1, 1, [](int, int) { return Pixel{245, 235, 225}; });
 }
 
@@ -43,7 +43,7 @@ TEST_F(RunCommand, InvertsInARectangle) {
   const Image image = Noise(12, 12);
   Save(image, At("in.png"), "png");
   // Results start white, and stay so outside.
-  Done({"run", At("in.png"), "InvertKRT(left = 10, top = 9, width = 5, height = 2)", "-o",
+  Done({"run", "InvertKRT(left = 10, top = 9, width = 5, height = 2)", At("in.png"), "-o",
         At("out.png")});
   ExpectPixels(At("out.png"), 12, 12, [&](int x, int y) {
     return x >= 10 && (y == 9 || y == 10) ? Inverted(image.At(x, y)) : Pixel{255, 255, 255};
@@ -55,7 +55,7 @@ TEST_F(RunCommand, AnAlphaChannelIsPremultipliedOrPlainAsTheLayoutSays) {
   Save(image, At("alpha.png"), "png");
   for (const char* layout :
        {"", "argb-premultiplied", "rgba-premultiplied", "argb", "rgba", "xrgb", "rgbx"}) {
-    std::vector<std::string> arguments = {"run", At("alpha.png"), "InvertKRT", "-o", At("out.png")};
+    std::vector<std::string> arguments = {"run", "InvertKRT", At("alpha.png"), "-o", At("out.png")};
     if (*layout != 0) arguments.insert(arguments.end(), {"--layout", layout});
     Done(arguments);
     const bool premultiplied = *layout == 0 || std::strlen(layout) > 4;
@@ -72,7 +72,7 @@ TEST_F(RunCommand, AnAlphaChannelIsPremultipliedOrPlainAsTheLayoutSays) {
 TEST_F(RunCommand, AnAlphaChannelGoesThrough) {
   const Image image = Noise(16, 16, 4);
   Save(image, At("alpha.png"), "png");
-  EXPECT_EQ(ValueOf(Done({"run", At("alpha.png"), "CountColorKRT(&c000000)", "--layout", "argb",
+  EXPECT_EQ(ValueOf(Done({"run", "CountColorKRT(&c000000)", At("alpha.png"), "--layout", "argb",
                           "-o", At("out.png")}),
                     "CountColorKRT"),
             "0");
@@ -97,7 +97,7 @@ TEST_F(RunCommand, EveryKindOfHostGivesTheSamePixels) {
       {"--host-version", "2011.04"},
       {"--host-version", "2012.0"}};
   for (const auto& options : hosts) {
-    std::vector<std::string> arguments = {"run", At("in.png"), "InvertKRT", "-o", At("out.png")};
+    std::vector<std::string> arguments = {"run", "InvertKRT", At("in.png"), "-o", At("out.png")};
     arguments.insert(arguments.end(), options.begin(), options.end());
     Done(arguments);
     ExpectPixels(At("out.png"), 31, 9, [&](int x, int y) { return Inverted(image.At(x, y)); });
