@@ -180,7 +180,7 @@ class Foreman {
 
   bool TakeNext() {
     FileInWork next;
-    while (tools.planner->Next(&next.planned)) {
+    while (!HasSignal() && tools.planner->Next(&next.planned)) {
       next.number = count++;
       if (next.planned.isMissing) {
         tools.report->Failed(next.number, next.planned.name.file, "there is no such file");
@@ -200,6 +200,15 @@ class Foreman {
       return true;
     }
     return false;
+  }
+
+  // Signals are let in only while workers are waited for.
+  static bool HasSignal() {
+    sigset_t pending;
+    ::sigpending(&pending);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+      if (sigismember(&pending, signal) != 0) interruptedBy = signal;
+    return interruptedBy != 0;
   }
 
   bool IsDone(FileInWork* file) {

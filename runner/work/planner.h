@@ -22,8 +22,8 @@ struct PlannedFile {
 };
 
 // Takes inputs in a first pass, gives them with their outputs in a second one. Of each input 16
-// bytes are held, of each output 16 more, and 40 where it exists already; names are in a temporary
-// file.
+// bytes are held, of each output 16 more, and 24 again where it exists already; names are in a
+// temporary file.
 class Planner {
  public:
   // All outlive the planner.
