@@ -13,6 +13,7 @@
 #include "runner/files/metadata_fields.h"
 #include "runner/files/page_rows.h"
 #include "runner/files/vips_library.h"
+#include "runner/files/vips_modules.h"
 #include "runner/files/xmp.h"
 #include "runner/names.h"
 #include "runner/output_file.h"
@@ -248,8 +249,9 @@ Choices DefaultsFor(const ImageFormat& format, const Shape& shape, const Origin*
     std::string compression = same ? origin->compression : "deflate";
     if (compression == "ccittfax4" && !shape.blackAndWhite) compression = "deflate";
     choices["compression"] = compression;
+    const bool differences = !shape.blackAndWhite && (!same || origin->differences);
     if (compression == "deflate" || compression == "lzw" || compression == "zstd")
-      choices["predictor"] = shape.blackAndWhite ? "none" : "horizontal";
+      choices["predictor"] = differences ? "horizontal" : "none";
     if (compression == "jpeg") choices["Q"] = "92";
     if (shape.blackAndWhite) choices["bitdepth"] = "1";
   } else if (format.name == "webp") {
@@ -496,6 +498,7 @@ void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Or
   RequireThreads();
   vips_error_clear();
   const ImageFormat& format = *encoding.format;
+  LoadModuleOf(format);
   CheckPages(pages, format);
   PageList rows;
   rows.reserve(pages.size());

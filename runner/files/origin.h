@@ -32,6 +32,7 @@ struct Origin {
   int jpegQuality = 0;      // 1 to 100; 0: isn't known
   bool fullColour = true;   // the channels of colour have as many samples as the brightness
   std::string compression;  // libvips's name for that of a TIFF file
+  bool differences = true;  // of neighbours are what a TIFF file compresses
   std::vector<int> delays;  // of an animation's frames, in milliseconds
   int loops = 0;            // of an animation; 0: for ever
   int orientation = 0;      // that EXIF tells and libvips doesn't; 0: none

@@ -259,6 +259,15 @@ class AsGoodAsItCame(PictureFiles):
             self.assertEqual(out.quantization, before.quantization, quality)
             self.assertEqual(out.layer, before.layer, quality)
 
+    def test_what_a_tiff_compresses_stays(self):
+        predictor = 317
+        for compression in ("tiff_lzw", "tiff_adobe_deflate"):
+            for differences in (1, 2):
+                self.save("t.tif", smooth(32, 32), compression=compression, tiffinfo={predictor: differences})
+                out = self.made("t.tif", "InvertKRT", "-o", "out.tif")
+                self.assertEqual(out.info["compression"], compression)
+                self.assertEqual(out.tag_v2.get(predictor, 1), differences)
+
     def test_a_lossless_webp_stays_lossless(self):
         image = noise(30, 40)
         self.save("l.webp", image, lossless=True)
@@ -347,6 +356,15 @@ class Damage(PictureFiles):
         with open(self.folder / "d.jpg", "ab") as file:
             file.write(b"\xFF\xD9")
         self.assertIn("is damaged", self.tries("d.jpg"))
+
+    def test_a_jpeg_of_more_scans_than_a_picture_has(self):
+        self.save("d.jpg", smooth(64, 64), progressive=True)
+        data = (self.folder / "d.jpg").read_bytes()
+        scan = data[data.rfind(b"\xFF\xDA"):-2]
+        (self.folder / "d.jpg").write_bytes(data[:-2] + 10_000 * scan + data[-2:])
+        for damage in ("warn", "ignore"):
+            self.assertEqual(self.complaint("d.jpg", "InvertKRT", "--damage", damage, "-o", "out.png"),
+                             "'d.jpg' is damaged (more scans than a picture has), and nothing of it can be decoded")
 
     def test_a_jpeg_without_its_last_two_bytes(self):
         self.save("d.jpg", smooth(64, 64), quality=100)
