@@ -278,6 +278,7 @@ void DescribeJpeg(const FileContent& content, const JpegDecoder& decoder, Origin
   origin->grey = decoder.Channels() == 1;
   origin->jpegQuality = JpegQuality(content.Beginning(kBeginning));
   origin->fullColour = decoder.HasFullColour();
+  origin->jpegCoding = decoder.Coding();
   origin->interlaced = decoder.IsProgressive();
   Metadata& metadata = origin->metadata;
   AddContainerMetadata(content, nullptr, *origin->format, &metadata);

@@ -1,5 +1,6 @@
 #include "runner/files/jpeg_decoder.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csetjmp>
@@ -118,6 +119,25 @@ bool JpegDecoder::IsProgressive() const {
   return jpeg_has_multiple_scans(&state->decoder) != FALSE;
 }
 bool JpegDecoder::HasFullColour() const { return state->decoder.max_h_samp_factor <= 1; }
+
+std::optional<JpegCoding> JpegDecoder::Coding() const {
+  const jpeg_decompress_struct& decoder = state->decoder;
+  if (decoder.jpeg_color_space != JCS_YCbCr && decoder.jpeg_color_space != JCS_GRAYSCALE)
+    return std::nullopt;
+  JpegCoding coding;
+  int blocks = 0;
+  for (int i = 0; i < decoder.num_components; ++i) {
+    const jpeg_component_info& info = decoder.comp_info[i];
+    const JQUANT_TBL* table = decoder.quant_tbl_ptrs[info.quant_tbl_no];
+    if (table == nullptr) return std::nullopt;
+    std::copy_n(table->quantval, DCTSIZE2, coding.tables[info.quant_tbl_no].begin());
+    coding.channels.push_back({info.quant_tbl_no, info.h_samp_factor, info.v_samp_factor});
+    blocks += info.h_samp_factor * info.v_samp_factor;
+  }
+  // More of them can't be written together.
+  if (blocks > D_MAX_BLOCKS_IN_MCU) return std::nullopt;
+  return coding;
+}
 
 bool JpegDecoder::ReadRow(uint8_t* row) { return state->ReadRow(row); }
 const std::string& JpegDecoder::Problem() const { return state->Problem(); }

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "runner/files/file_content.h"
+#include "runner/files/origin.h"
 
 namespace runner {
 
@@ -26,6 +28,8 @@ class JpegDecoder {
   bool IsProgressive() const;
   // Whether colour has as many samples as brightness.
   bool HasFullColour() const;
+  // Nothing: it isn't what a JPEG file of brightness and colour has, or isn't known yet.
+  std::optional<JpegCoding> Coding() const;
 
   // Decodes the next row into Width() * Channels() bytes. False: it can't be decoded, because of
   // Problem().

@@ -259,6 +259,22 @@ class AsGoodAsItCame(PictureFiles):
             self.assertEqual(out.quantization, before.quantization, quality)
             self.assertEqual(out.layer, before.layer, quality)
 
+    def test_tables_and_samples_that_no_quality_has(self):
+        tables = [[1 + i // 3 for i in range(64)], [40 - i // 2 for i in range(64)]]
+        for subsampling, samples in ((0, (1, 1)), (1, (2, 1)), (2, (2, 2))):
+            self.save("q.jpg", smooth(64, 64), qtables=tables, subsampling=subsampling)
+            before = self.opened("q.jpg")
+            self.assertEqual(before.layer[0][1:3], samples)
+            out = self.made("q.jpg", "InvertKRT", "-o", "out.jpg")
+            self.assertEqual(out.quantization, before.quantization)
+            self.assertEqual(out.layer, before.layer)
+            out = self.made("q.jpg", "InvertKRT", "--quality", "50", "-o", "out.jpg")
+            self.assertNotEqual(out.quantization, before.quantization)
+        Image.fromarray(smooth(64, 64)).convert("L").save(self.folder / "g.jpg", qtables=tables[:1])
+        out = self.made("g.jpg", "InvertKRT", "-o", "out.jpg")
+        self.assertEqual((out.mode, list(out.quantization)), ("L", [0]))
+        self.assertEqual(out.quantization, self.opened("g.jpg").quantization)
+
     def test_what_a_tiff_compresses_stays(self):
         predictor = 317
         for compression in ("tiff_lzw", "tiff_adobe_deflate"):
