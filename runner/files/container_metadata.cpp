@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
+#include <optional>
 #include <string_view>
 
 #include "runner/files/bytes.h"
@@ -53,10 +55,35 @@ std::string ExifOf(std::string bytes) {
   return bytes.starts_with(kExifStart) ? bytes : std::string();
 }
 
+// Dots for each inch or centimetre.
+std::optional<Resolution> ResolutionInJfif(std::string_view segment) {
+  constexpr size_t kUnit = 7, kHorizontal = 8, kVertical = 10;
+  constexpr double kMillimetresInInch = 25.4, kMillimetresInCentimetre = 10;
+  const uint32_t unit = Byte(segment, kUnit);
+  const uint32_t x = BigEndian16(segment, kHorizontal), y = BigEndian16(segment, kVertical);
+  if ((unit != 1 && unit != 2) || x <= 1 || y <= 1) return std::nullopt;
+  const double millimetres = unit == 1 ? kMillimetresInInch : kMillimetresInCentimetre;
+  return Resolution{x / millimetres, y / millimetres, unit == 1};
+}
+
+// The parts of a profile, which say how many there are and which they are; empty: one is missing.
+std::string Joined(const std::map<uint32_t, std::string>& parts, uint32_t count) {
+  std::string profile;
+  if (parts.size() != count || parts.empty() || parts.rbegin()->first != count) return profile;
+  for (const auto& [number, part] : parts) profile += part;
+  return profile;
+}
+
 // Segments before the scan.
 void AddFromJpeg(Bytes* bytes, Metadata* metadata) {
   constexpr uint32_t kComment = 0xFE, kScan = 0xDA, kFill = 0xFF;
+  constexpr uint32_t kApp0 = 0xE0, kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED;
+  constexpr std::string_view kJfif = "JFIF\0"sv, kXmp = "http://ns.adobe.com/xap/1.0/\0"sv;
+  constexpr std::string_view kProfile = "ICC_PROFILE\0"sv, kResources = "Photoshop 3.0\0"sv;
   std::vector<std::string> comments;
+  std::map<uint32_t, std::string> profile;
+  uint32_t profileParts = 0;
+  std::string resources;
   for (uint64_t at = 2; at + 4 <= bytes->Size();) {
     const std::string head = bytes->Part(at, 4);
     const uint32_t marker = Byte(head, 1);
@@ -66,10 +93,33 @@ void AddFromJpeg(Bytes* bytes, Metadata* metadata) {
       continue;
     }
     const uint64_t length = std::max<uint64_t>(2, BigEndian16(head, 2));
-    if (marker == kComment) comments.push_back(bytes->Part(at + 4, length - 2));
+    const auto data = [&] { return bytes->Part(at + 4, length - 2); };
+    if (marker == kComment) comments.push_back(data());
+    if (marker == kApp0 && !metadata->resolution && data().starts_with(kJfif))
+      metadata->resolution = ResolutionInJfif(data());
+    if (marker == kApp1) {
+      const std::string block = data();
+      if (block.starts_with(kExifStart)) SetIfEmpty(&metadata->exif, block);
+      if (block.starts_with(kXmp)) SetIfEmpty(&metadata->xmp, block.substr(kXmp.size()));
+    }
+    if (marker == kApp2) {
+      const std::string block = data();
+      constexpr size_t kNumbers = 2;
+      if (block.starts_with(kProfile) && block.size() > kProfile.size() + kNumbers) {
+        profileParts = Byte(block, kProfile.size() + 1);
+        profile.emplace(Byte(block, kProfile.size()), block.substr(kProfile.size() + kNumbers));
+      }
+    }
+    if (marker == kApp13) {
+      const std::string block = data();
+      if (block.starts_with(kResources))
+        resources += resources.empty() ? block : block.substr(kResources.size());
+    }
     at += 2 + length;
   }
   if (metadata->comments.empty()) metadata->comments = std::move(comments);
+  SetIfEmpty(&metadata->icc, Joined(profile, profileParts));
+  SetIfEmpty(&metadata->iptc, std::move(resources));
 }
 
 // The text behind an international keyword, unless it is compressed.
@@ -304,7 +354,7 @@ void AddContainerMetadata(const FileContent& content, VipsImage* image, const Im
                           Metadata* metadata) {
   Bytes bytes(content);
   metadata->exif = ExifOf(std::move(metadata->exif));
-  AddFromFields(image, metadata);
+  if (image != nullptr) AddFromFields(image, metadata);
   if (format.name == "jpeg") AddFromJpeg(&bytes, metadata);
   if (format.name == "png") AddFromPng(&bytes, metadata);
   if (format.name == "ppm") AddFromPpm(&bytes, metadata);

@@ -8,7 +8,8 @@
 
 namespace runner {
 
-// Adds what `metadata` has none of yet. `image` is the open file. Any bytes may be there.
+// Adds what `metadata` has none of yet. `image` is the file as libvips has opened it, or null. Any
+// bytes may be there.
 void AddContainerMetadata(const FileContent& content, VipsImage* image, const ImageFormat& format,
                           Metadata* metadata);
 

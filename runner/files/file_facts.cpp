@@ -163,12 +163,16 @@ void DescribeTiff(const FileContent& content, Origin* origin, std::vector<int>* 
                                        WriteNothing, SeekBytes, CloseNothing, SizeOfBytes, nullptr,
                                        nullptr));
   if (tiff == nullptr) return;
-  uint16_t bits = 1, photometric = PHOTOMETRIC_RGB;
+  uint16_t bits = 1, photometric = PHOTOMETRIC_RGB, predictor = PREDICTOR_NONE;
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
   TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
   origin->bits = bits;
   origin->palette = photometric == PHOTOMETRIC_PALETTE;
   origin->compression = CompressionOf(tiff.get());
+  const bool mayHaveDifferences = origin->compression == "deflate" ||
+                                  origin->compression == "lzw" || origin->compression == "zstd";
+  TIFFGetField(tiff.get(), TIFFTAG_PREDICTOR, &predictor);
+  origin->differences = !mayHaveDifferences || predictor != PREDICTOR_NONE;
   origin->lossless = origin->compression != "jpeg";
   const std::vector<int> all = std::move(*pages);
   pages->clear();
@@ -266,6 +270,22 @@ void DescribeFile(const FileContent& content, VipsImage* image, Origin* origin,
   // libvips turns what it has seen the tag of. JPEG XL has an orientation of its own, which counts.
   if (!seen && (format == "png" || format == "jp2"))
     origin->orientation = OrientationInExif(metadata.exif);
+}
+
+void DescribeJpeg(const FileContent& content, const JpegDecoder& decoder, Origin* origin,
+                  std::vector<int>* pages) {
+  *pages = {0};
+  origin->grey = decoder.Channels() == 1;
+  origin->jpegQuality = JpegQuality(content.Beginning(kBeginning));
+  origin->fullColour = decoder.HasFullColour();
+  origin->jpegCoding = decoder.Coding();
+  origin->interlaced = decoder.IsProgressive();
+  Metadata& metadata = origin->metadata;
+  AddContainerMetadata(content, nullptr, *origin->format, &metadata);
+  // EXIF counts, and what the file says itself where it says nothing.
+  if (const std::optional<Resolution> resolution = ResolutionInExif(metadata.exif))
+    metadata.resolution = resolution;
+  origin->orientation = OrientationInExif(metadata.exif);
 }
 
 }  // namespace runner

@@ -20,6 +20,7 @@ struct ImageFormat {
   std::string_view saver;                    // libvips's operation that saves to a target
   Pages pages;                               // what is saved
   Alpha alpha;
+  std::string_view module = {};  // the part of libvips that has both; empty: the library itself
 };
 
 // All that are opened and saved.

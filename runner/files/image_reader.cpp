@@ -6,10 +6,12 @@
 #include <vips/vips8>
 
 #include "runner/files.h"
+#include "runner/files/decoded_rows.h"
 #include "runner/files/file_facts.h"
 #include "runner/files/metadata_fields.h"
 #include "runner/files/placement.h"
 #include "runner/files/vips_library.h"
+#include "runner/files/vips_modules.h"
 #include "runner/files/wholeness.h"
 #include "runner/names.h"
 #include "runner/pixel_rows.h"
@@ -23,47 +25,6 @@ using vips::VSource;
 
 // So many rows at a time: most decoders work on rows of blocks.
 constexpr int kStrip = 16;
-
-struct UnreferenceRegion {
-  void operator()(VipsRegion* region) const { g_object_unref(region); }
-};
-using Region = std::unique_ptr<VipsRegion, UnreferenceRegion>;
-
-// Samples of a decoded row as R, G, B, with alpha apart.
-class RowSamples {
- public:
-  explicit RowSamples(const VImage& image)
-      : width(static_cast<size_t>(image.width())),
-        bands(static_cast<size_t>(image.bands())),
-        wide(image.format() == VIPS_FORMAT_USHORT),
-        colours(width * 3) {}
-
-  bool HasAlpha() const { return bands == 2 || bands == 4; }
-
-  // Valid until the next call.
-  const uint8_t* Colours(const void* row) {
-    if (bands == 3 && !wide) return static_cast<const uint8_t*>(row);
-    const size_t step = bands < 3 ? 0 : 1;
-    for (size_t x = 0; x < width; ++x)
-      for (size_t i = 0; i < 3; ++i) colours[3 * x + i] = Sample(row, x * bands + i * step);
-    return colours.data();
-  }
-  void Alpha(const void* row, uint8_t* alpha) const {
-    for (size_t x = 0; x < width; ++x) alpha[x] = Sample(row, x * bands + bands - 1);
-  }
-
- private:
-  // 16 bits become the nearest of 8.
-  uint8_t Sample(const void* row, size_t at) const {
-    if (!wide) return static_cast<const uint8_t*>(row)[at];
-    const uint32_t sample = static_cast<const uint16_t*>(row)[at];
-    return static_cast<uint8_t>((sample * 255 + 32767) / 65535);
-  }
-
-  size_t width, bands;
-  bool wide;
-  std::vector<uint8_t> colours;
-};
 
 }  // namespace
 
@@ -99,8 +60,9 @@ class ImageReader::File {
  private:
   // An open image: one page, or all of them one below the other.
   struct Opened {
-    VImage image;
-    int page = -1;  // -1: all of them
+    std::optional<VImage> image;        // nothing: the JPEG decoder has it
+    std::unique_ptr<JpegDecoder> jpeg;  // null: libvips has it
+    int page = -1;                      // -1: all of them
     bool lenient = false;
   };
 
@@ -119,20 +81,30 @@ class ImageReader::File {
       Examine();
       opened = Open(0, false);
     } catch (const vips::VError&) {
-      throw Failure(Quoted(name) + (fault ? " " + fault->text + ", and nothing of it can be decoded"
-                                          : " can't be decoded: " + TakeProblem()));
+      FailToOpen(TakeProblem());
     }
-    const VImage& image = opened->image;
+    if (opened->jpeg != nullptr)
+      DescribeJpeg(Content(), *opened->jpeg, &origin, &pages);
+    else
+      Describe(*opened->image);
+    CheckSize();
+    if (origin.bits > 8)
+      Tell(Quoted(name) + " has " + std::to_string(origin.bits) +
+           " bits a channel; its pixels are rounded to 8");
+  }
+
+  void Describe(const VImage& image) {
     if (origin.format->name == "heic" && image.get_typeof("heif-compression") != 0 &&
         std::string_view(image.get_string("heif-compression")) == "av1")
       origin.format = FormatCalled("avif");
     const bool converted = options.toSrgb || image.interpretation() == VIPS_INTERPRETATION_CMYK;
     DescribeFile(Content(), image.get_image(), &origin, &pages);
     if (converted) origin.metadata.icc = SrgbProfile();
-    CheckSize();
-    if (origin.bits > 8)
-      Tell(Quoted(name) + " has " + std::to_string(origin.bits) +
-           " bits a channel; its pixels are rounded to 8");
+  }
+
+  [[noreturn]] void FailToOpen(const std::string& problem) const {
+    throw Failure(Quoted(name) + (fault ? " " + fault->text + ", and nothing of it can be decoded"
+                                        : " can't be decoded: " + problem));
   }
 
   FileContent Content() const { return {bytes, path}; }
@@ -155,26 +127,50 @@ class ImageReader::File {
     return VSource(source);
   }
 
+  // Null: none of the loaders that are there knows the content.
+  static const ImageFormat* FormatByLoader(const VSource& source) {
+    const char* found = vips_foreign_find_load_source(source.get_source());
+    vips_error_clear();
+    const std::string_view loader = found == nullptr ? "" : found;
+    for (const ImageFormat& format : ImageFormats())
+      if (loader.starts_with(format.loader)) return &format;
+    return nullptr;
+  }
+
   const ImageFormat& FindFormat() {
     const VSource source = NewSource();
     // The library's loader for BMP files would open a hundred other formats, and wants all bytes.
     const unsigned char* start = vips_source_sniff(source.get_source(), 2);
     if (start != nullptr && std::memcmp(start, "BM", 2) == 0) {
       if (bytes.empty()) bytes = ReadWholeFile(path);
-      return *FormatCalled("bmp");
+      const ImageFormat& bmp = *FormatCalled("bmp");
+      LoadModuleOf(bmp);
+      return bmp;
     }
-    const char* found = vips_foreign_find_load_source(source.get_source());
-    vips_error_clear();
-    const std::string_view loader = found == nullptr ? "" : found;
+    if (const ImageFormat* format = FormatByLoader(source)) return *format;
     for (const ImageFormat& format : ImageFormats())
-      if (loader.starts_with(format.loader)) return format;
+      if (format.name != "bmp") LoadModuleOf(format);
+    if (const ImageFormat* format = FormatByLoader(source)) return *format;
     throw Failure(Quoted(name) + " isn't an image that can be opened (" + FormatTitles() +
                   "), or it is damaged");
   }
 
   bool IsAnimation() const { return origin.format->name == "gif" || origin.format->name == "webp"; }
 
+  // What libvips has to convert, it decodes as well.
+  std::unique_ptr<JpegDecoder> OpenJpeg() const {
+    if (origin.format->name != "jpeg" || options.toSrgb) return nullptr;
+    try {
+      auto decoder = std::make_unique<JpegDecoder>(Content());
+      return decoder->Channels() == 1 || decoder->Channels() == 3 ? std::move(decoder) : nullptr;
+    } catch (const Failure& failure) {
+      FailToOpen(failure.what());
+    }
+  }
+
   Opened Open(int page, bool lenient) const {
+    if (std::unique_ptr<JpegDecoder> jpeg = OpenJpeg())
+      return {std::nullopt, std::move(jpeg), page, lenient};
     // What JPEG's decoder warns of are pixels that it made up.
     const VipsFailOn strict =
         origin.format->name == "jpeg" ? VIPS_FAIL_ON_WARNING : VIPS_FAIL_ON_ERROR;
@@ -188,8 +184,8 @@ class ImageReader::File {
       how->set("page", page);
     }
     if (origin.format->name == "bmp")
-      return {VImage::new_from_buffer(bytes.data(), bytes.size(), "", how), page, lenient};
-    return {VImage::new_from_source(NewSource(), "", how), page, lenient};
+      return {VImage::new_from_buffer(bytes.data(), bytes.size(), "", how), nullptr, page, lenient};
+    return {VImage::new_from_source(NewSource(), "", how), nullptr, page, lenient};
   }
 
   void CheckPixels(uint64_t width, uint64_t height, size_t count) const {
@@ -202,14 +198,15 @@ class ImageReader::File {
 
   // Pages of a document may differ in size; none may be larger than all may be together.
   void CheckSize() const {
-    const auto check = [&](const VImage& image) {
-      CheckPixels(static_cast<uint64_t>(image.width()), static_cast<uint64_t>(HeightOf(image)),
-                  pages.size());
+    const auto check = [&](const Opened& open) {
+      const int width = open.jpeg != nullptr ? open.jpeg->Width() : open.image->width();
+      const int height = open.jpeg != nullptr ? open.jpeg->Height() : HeightOf(*open.image);
+      CheckPixels(static_cast<uint64_t>(width), static_cast<uint64_t>(height), pages.size());
     };
-    check(opened->image);
+    check(*opened);
     if (!IsAnimation())
       for (const int page : pages)
-        if (page > 0) check(Open(page, true).image);
+        if (page > 0) check(Open(page, true));
   }
 
   int HeightOf(const VImage& image) const {
@@ -241,22 +238,30 @@ class ImageReader::File {
     return image.extract_band(0, VImage::option()->set("n", 3));
   }
 
+  std::unique_ptr<DecodedRows> Rows(int page) {
+    if (opened->jpeg != nullptr) return RowsOf(opened->jpeg.get(), opened->lenient);
+    const VImage image = Plain(*opened->image);
+    const int height = HeightOf(image);
+    return RowsOf(image, opened->page == -1 ? page * height : 0, height);
+  }
+
   Page Decode(host::Host& host, int page) {
     if (!opened || (opened->page != -1 && opened->page != page) || usedUp) Reopen(page, false);
-    VImage image = Plain(opened->image);
-    const int height = HeightOf(image);
-    const Placement placement(image.width(), height, OrientationOf(image));
+    std::unique_ptr<DecodedRows> rows = Rows(page);
+    const int height = rows->Height();
+    const Placement placement(rows->Width(), height, Orientation());
     Page result;
     result.picture = host.NewPicture(placement.Width(), placement.Height(), options.opaqueLayout);
-    int done = DecodeRows(image, page, placement, &result);
+    int done = DecodeRows(rows.get(), placement, &result);
     const int sound = done;
     std::string problem = fault ? fault->text : "";
-    if (done < height && problem.empty()) problem = "is damaged (" + TakeProblem() + ")";
+    if (done < height && problem.empty()) problem = "is damaged (" + rows->Problem() + ")";
     if (done < height && !opened->lenient) {
       if (options.damage == Damage::kFail) throw Failure(Quoted(name) + " " + problem);
+      rows.reset();
       Reopen(page, true);
-      image = Plain(opened->image);
-      done = DecodeRows(image, page, placement, &result);
+      rows = Rows(page);
+      done = DecodeRows(rows.get(), placement, &result);
       // Of a progressive picture all rows are there, coarser than they should be.
       if (done == 0 || (sound == 0 && !origin.interlaced))
         throw Failure(Quoted(name) + " " + problem + ", and nothing of it can be decoded");
@@ -265,6 +270,9 @@ class ImageReader::File {
     if (!problem.empty() && options.damage == Damage::kWarn)
       Tell(Quoted(name) + " " + problem + ": " + HowMuch(sound, done, height));
     usedUp = opened->page != -1;
+    rows.reset();
+    // Decoders of some formats hold the whole picture.
+    if (page == pages.back()) opened.reset();
     if (!options.keepAlpha && !result.alpha.empty()) AddAlpha(host, &result);
     return result;
   }
@@ -289,38 +297,35 @@ class ImageReader::File {
     usedUp = false;
   }
 
-  int OrientationOf(const VImage& image) const {
-    return origin.orientation > 0 ? origin.orientation
-                                  : vips_image_get_orientation(image.get_image());
+  int Orientation() const {
+    return origin.orientation > 0 || opened->jpeg != nullptr
+               ? origin.orientation
+               : vips_image_get_orientation(opened->image->get_image());
   }
 
   // How many rows could be decoded.
-  int DecodeRows(const VImage& image, int page, const Placement& placement, Page* result) const {
-    const Region region(vips_region_new(image.get_image()));
-    if (region == nullptr) throw vips::VError();
-    RowSamples samples(image);
-    const int width = image.width(), height = HeightOf(image);
-    const int top = opened->page == -1 ? page * height : 0;
-    const auto pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
-    if (samples.HasAlpha()) result->alpha.assign(pixels, 255);
-    std::vector<uint8_t> words(static_cast<size_t>(width) * kStrip * 4);
-    std::vector<uint8_t> alpha(samples.HasAlpha() ? static_cast<size_t>(width) * kStrip : 0);
+  int DecodeRows(DecodedRows* rows, const Placement& placement, Page* result) const {
+    RowSamples samples(*rows);
+    const int height = rows->Height();
+    const auto width = static_cast<size_t>(rows->Width());
+    if (samples.HasAlpha()) result->alpha.assign(width * static_cast<size_t>(height), 255);
+    std::vector<uint8_t> words(width * kStrip * 4);
+    std::vector<uint8_t> alpha(samples.HasAlpha() ? width * kStrip : 0);
     for (int y = 0; y < height; y += kStrip) {
-      const int rows = std::min(kStrip, height - y);
-      const VipsRect strip{0, top + y, width, rows};
-      if (vips_region_prepare(region.get(), &strip) != 0) return y;
-      for (int row = 0; row < rows; ++row) {
-        const void* from = VIPS_REGION_ADDR(region.get(), 0, top + y + row);
-        const size_t at = static_cast<size_t>(row) * static_cast<size_t>(width);
+      const int count = std::min(kStrip, height - y);
+      if (!rows->Next(count)) return y;
+      for (int row = 0; row < count; ++row) {
+        const void* from = rows->Row(row);
+        const size_t at = static_cast<size_t>(row) * width;
         uint8_t* to = placement.IsPlain() ? result->picture->Row(y + row) : &words[at * 4];
-        PackRow(samples.Colours(from), 3, options.opaqueLayout, to, static_cast<size_t>(width));
+        PackRow(samples.Colours(from), 3, options.opaqueLayout, to, width);
         if (samples.HasAlpha()) samples.Alpha(from, &alpha[at]);
       }
       if (!placement.IsPlain())
-        placement.Place<uint32_t>(words.data(), y, rows,
+        placement.Place<uint32_t>(words.data(), y, count,
                                   [&](int row) { return result->picture->Row(row); });
       if (samples.HasAlpha())
-        placement.Place<uint8_t>(alpha.data(), y, rows, [&](int row) {
+        placement.Place<uint8_t>(alpha.data(), y, count, [&](int row) {
           return &result->alpha[static_cast<size_t>(row) * static_cast<size_t>(placement.Width())];
         });
     }

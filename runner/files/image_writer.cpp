@@ -10,9 +10,11 @@
 
 #include "runner/files/bytes.h"
 #include "runner/files/container_writer.h"
+#include "runner/files/jpeg_encoder.h"
 #include "runner/files/metadata_fields.h"
 #include "runner/files/page_rows.h"
 #include "runner/files/vips_library.h"
+#include "runner/files/vips_modules.h"
 #include "runner/files/xmp.h"
 #include "runner/names.h"
 #include "runner/output_file.h"
@@ -248,8 +250,9 @@ Choices DefaultsFor(const ImageFormat& format, const Shape& shape, const Origin*
     std::string compression = same ? origin->compression : "deflate";
     if (compression == "ccittfax4" && !shape.blackAndWhite) compression = "deflate";
     choices["compression"] = compression;
+    const bool differences = !shape.blackAndWhite && (!same || origin->differences);
     if (compression == "deflate" || compression == "lzw" || compression == "zstd")
-      choices["predictor"] = shape.blackAndWhite ? "none" : "horizontal";
+      choices["predictor"] = differences ? "horizontal" : "none";
     if (compression == "jpeg") choices["Q"] = "92";
     if (shape.blackAndWhite) choices["bitdepth"] = "1";
   } else if (format.name == "webp") {
@@ -439,6 +442,30 @@ void Save(const VImage& image, const ImageFormat& format, const Metadata& metada
   if (sink.problem != nullptr) std::rethrow_exception(sink.problem);
 }
 
+// What is said in libvips's own words, libvips has to understand.
+bool IsSavedDirectly(const ImageFormat& format, const Encoding& encoding) {
+  return format.name == "jpeg" && encoding.options.empty();
+}
+
+void SaveJpeg(const Roll& roll, const Metadata& metadata, const Origin* origin,
+              const SaveOptions& options, const ByteSink& write) {
+  JpegSettings settings;
+  const bool same = origin != nullptr && origin->format->name == "jpeg";
+  if (same) {
+    settings.progressive = origin->interlaced;
+    settings.fullColour = origin->fullColour;
+    if (origin->jpegQuality > 0) settings.quality = origin->jpegQuality;
+    if (origin->jpegCoding) settings.coding = &*origin->jpegCoding;
+  }
+  if (options.quality) {
+    settings.quality = *options.quality;
+    settings.coding = nullptr;
+  }
+  const PageRows& page = roll.pages[0];
+  const auto read = [&](int y, uint8_t* row) { ReadRow(roll, 0, y, page.Width(), row); };
+  EncodeJpeg({page.Width(), page.Height(), roll.shape.Bands(), read}, settings, metadata, write);
+}
+
 void CheckPages(std::span<const Page> pages, const ImageFormat& format) {
   if (pages.size() > 1 && format.pages == ImageFormat::Pages::kOne)
     throw Failure("there are " + std::to_string(pages.size()) + " pages, and a " +
@@ -492,9 +519,6 @@ OutputName OutputNamed(const std::string& text, const ImageFormat* format) {
 
 void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Origin* origin,
                  const SaveOptions& options, const ByteSink& write) {
-  StartVips();
-  RequireThreads();
-  vips_error_clear();
   const ImageFormat& format = *encoding.format;
   CheckPages(pages, format);
   PageList rows;
@@ -509,6 +533,11 @@ void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Or
         return page.CountColours(kPaletteSize) <= kPaletteSize;
       }))
     options.warn("the result has more colours than GIF holds: the nearest 256 are used");
+  if (IsSavedDirectly(format, encoding)) return SaveJpeg(roll, metadata, origin, options, write);
+  StartVips();
+  RequireThreads();
+  LoadModuleOf(format);
+  vips_error_clear();
   try {
     const VImage image = WithMetadata(ImageOf(&roll), metadata, format);
     SetAnimation(image, rows, origin);

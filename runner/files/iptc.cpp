@@ -13,15 +13,14 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr std::string_view kResourceMark = "8BIM";
-constexpr std::string_view kIptcSegment = "Photoshop 3.0\0"sv;
 constexpr uint32_t kIptcResource = 0x0404;
 constexpr char kIptcRecord = '\x1C';
 
-}  // namespace
-
-std::string IptcRecords(std::string_view block) {
-  if (block.starts_with(kIptcRecord)) return std::string(block);
-  if (block.starts_with(kIptcSegment)) block.remove_prefix(kIptcSegment.size());
+// Calls `look` with the number of each resource, the resource as a whole and its data, until that
+// says no.
+template <class Look>
+void ForEachResource(std::string_view block, Look look) {
+  if (block.starts_with(kResourcesStart)) block.remove_prefix(kResourcesStart.size());
   // A resource: its signature, number, name, size and data. Name and data take an even number of
   // bytes each.
   for (size_t at = 0; at + 12 <= block.size() && block.substr(at, 4) == kResourceMark;) {
@@ -29,11 +28,36 @@ std::string IptcRecords(std::string_view block) {
     const size_t name = (Byte(block, at + 6) + 2) / 2 * 2;
     const size_t size = BigEndian32(block, at + 6 + name);
     const size_t start = at + 10 + name;
-    if (start > block.size() || size > block.size() - start) break;
-    if (number == kIptcResource) return std::string(block.substr(start, size));
-    at = start + (size + 1) / 2 * 2;
+    if (start > block.size() || size > block.size() - start) return;
+    const size_t end = start + (size + 1) / 2 * 2;
+    if (!look(number, block.substr(at, end - at), block.substr(start, size))) return;
+    at = end;
   }
-  return {};
+}
+
+}  // namespace
+
+std::string IptcRecords(std::string_view block) {
+  if (block.starts_with(kIptcRecord)) return std::string(block);
+  std::string records;
+  ForEachResource(block, [&](uint32_t number, std::string_view, std::string_view data) {
+    if (number == kIptcResource) records = data;
+    return number != kIptcResource;
+  });
+  return records;
+}
+
+std::string ResourcesOfResult(std::string_view block) {
+  if (block.starts_with(kIptcRecord)) return IptcResources(block);
+  constexpr uint32_t kThumbnail = 0x040C, kOldThumbnail = 0x0409;
+  std::string kept;
+  ForEachResource(block, [&](uint32_t number, std::string_view resource, std::string_view) {
+    if (number == kThumbnail || number == kOldThumbnail) return true;
+    kept += resource;
+    if (resource.size() % 2 != 0) kept += '\0';  // the last one may lack it
+    return true;
+  });
+  return kept;
 }
 
 std::string IptcResources(std::string_view records) {
@@ -42,10 +66,6 @@ std::string IptcResources(std::string_view records) {
   block += records;
   if (records.size() % 2 != 0) block += '\0';
   return block;
-}
-
-std::string IptcSegment(std::string_view records) {
-  return std::string(kIptcSegment) + IptcResources(records);
 }
 
 std::string IptcText(std::string_view block) {

@@ -9,9 +9,13 @@ namespace runner {
 // The records; empty: there are none.
 std::string IptcRecords(std::string_view block);
 
-// Image resources with records and nothing else, alone and as a JPEG file has them.
+// Image resources with records and nothing else.
 std::string IptcResources(std::string_view records);
-std::string IptcSegment(std::string_view records);
+
+// What the segments of a JPEG file with image resources begin with.
+constexpr std::string_view kResourcesStart{"Photoshop 3.0\0", 14};
+// The image resources in a block, or made from its records, for changed pixels: thumbnails go.
+std::string ResourcesOfResult(std::string_view block);
 
 // The text of a PNG file that has image resources, which stands under kIptcKeyword, and the bytes
 // in such a text.

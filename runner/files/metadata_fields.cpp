@@ -50,10 +50,9 @@ void SetExif(const VImage& image, const std::string& exif) {
 }
 
 void SetIptc(const VImage& image, const std::string& iptc, const ImageFormat& format) {
-  const std::string records = IptcRecords(iptc);
-  if (records.empty() || format.name != "jpeg") return;
-  // Other image resources stay beside it.
-  SetBlob(image, VIPS_META_IPTC_NAME, iptc == records ? IptcSegment(records) : iptc);
+  const std::string resources = ResourcesOfResult(iptc);
+  if (!resources.empty() && format.name == "jpeg")
+    SetBlob(image, VIPS_META_IPTC_NAME, std::string(kResourcesStart) + resources);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What a picture file says besides its pixels, kept for the file that its result goes to.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -22,6 +23,16 @@ struct Metadata {
   std::optional<Resolution> resolution;
 };
 
+// How a JPEG file rounds what it stores of each channel.
+struct JpegCoding {
+  struct Channel {
+    int table = 0;
+    int across = 1, down = 1;  // samples, beside those of the other channels
+  };
+  std::map<int, std::array<unsigned, 64>> tables;  // row by row
+  std::vector<Channel> channels;                   // brightness, then two of colour; or grey
+};
+
 struct Origin {
   const ImageFormat* format = nullptr;
   int bits = 8;             // a sample, or an index into the palette
@@ -31,7 +42,9 @@ struct Origin {
   bool interlaced = false;  // or progressive
   int jpegQuality = 0;      // 1 to 100; 0: isn't known
   bool fullColour = true;   // the channels of colour have as many samples as the brightness
+  std::optional<JpegCoding> jpegCoding;
   std::string compression;  // libvips's name for that of a TIFF file
+  bool differences = true;  // of neighbours are what a TIFF file compresses
   std::vector<int> delays;  // of an animation's frames, in milliseconds
   int loops = 0;            // of an animation; 0: for ever
   int orientation = 0;      // that EXIF tells and libvips doesn't; 0: none

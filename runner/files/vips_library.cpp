@@ -9,6 +9,7 @@
 
 #include "runner/failure.h"
 #include "runner/files/image_format.h"
+#include "runner/files/vips_modules.h"
 
 namespace runner {
 namespace {
@@ -25,6 +26,7 @@ void Start() {
   for (const char* domain : {"VIPS", "GLib-GObject"})
     g_log_set_handler(domain, static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL),
                       Ignore, nullptr);
+  const WithoutVipsModules quickly;
   if (vips_init("picturehost") != 0)
     throw Failure("the library for picture files can't be started: " +
                   VipsProblem(vips_error_buffer()));

@@ -38,12 +38,16 @@ def changed_lines(root, folders):
     return lines
 
 
+def mutants_at(place, found):
+    file, _, line = place.partition(":")
+    file = file.removeprefix("./")
+    return [m for m in found if m.file == file and (not line or m.line == int(line))]
+
+
 def choose(project, found, options):
     """The mutants that the options ask for."""
-    if options.place:
-        file, _, line = options.place.partition(":")
-        file = file.removeprefix("./")
-        found = [m for m in found if m.file == file and (not line or m.line == int(line))]
+    if options.places:
+        found = [mutant for place in options.places for mutant in mutants_at(place, found)]
     if options.changed:
         lines = changed_lines(project.root, project.folders)
         found = [m for m in found if m.file in lines and (lines[m.file] is None or m.line in lines[m.file])]

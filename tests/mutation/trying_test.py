@@ -77,7 +77,7 @@ class Trying(unittest.TestCase):
 
     def run_it(self, **chosen):
         """The exit status and what was printed."""
-        options = dict(place=None, changed=False, sample=None, seed=1, jobs=2, again=False, document=False)
+        options = dict(places=[], changed=False, sample=None, seed=1, jobs=2, again=False, document=False)
         output = io.StringIO()
         with contextlib.redirect_stdout(output), contextlib.redirect_stderr(output):
             status = runs.run(self.project, argparse.Namespace(**{**options, **chosen}))
@@ -96,7 +96,7 @@ class Trying(unittest.TestCase):
             f"## `room/file.cpp`\n\nEqual numbers are equally small.\n\n- `` {before} ``\n  becomes `` {after} ``\n")
 
     def test_each_mutant_gets_its_verdict(self):
-        verdicts = self.verdicts(place="room/file.cpp")
+        verdicts = self.verdicts(places=["room/file.cpp"])
         outcome = lambda shown: verdicts[shown].outcome
         self.assertEqual(outcome("'a < b' -> 'a <= b'"), "survived")
         self.assertEqual(outcome("'a < b' -> 'a >= b'"), "killed")
@@ -107,29 +107,29 @@ class Trying(unittest.TestCase):
 
     def test_an_endless_loop_is_a_kill(self):
         (self.root / "room/file.cpp").write_text(CODE + ENDLESS)
-        verdict = self.verdicts(place="room/file.cpp:9")["'a &= 5' -> 'a |= 5'"]
+        verdict = self.verdicts(places=["room/file.cpp:9"])["'a &= 5' -> 'a |= 5'"]
         self.assertEqual((verdict.outcome, verdict.how), ("killed", "too long"))
 
     def test_a_header_is_mutated_in_what_includes_it(self):
-        verdicts = self.verdicts(place="room/twice.h")
+        verdicts = self.verdicts(places=["room/twice.h"])
         self.assertEqual(verdicts["'a * 2' -> 'a / 2'"].outcome, "killed")
         self.assertEqual(verdicts["'a * 2' -> 'a * 3'"].outcome, "killed")
 
     def test_a_survivor_fails_the_run_until_it_is_explained(self):
-        status, printed = self.run_it(place="room/file.cpp:2")
+        status, printed = self.run_it(places=["room/file.cpp:2"])
         self.assertEqual(status, 1)
         self.assertIn(SURVIVOR + "\n", printed)
         self.assertIn("1 survived, 0 of them explained", printed)
         line = CODE.splitlines()[1]
         self.explain(line, line.replace("<", "<="))
-        status, printed = self.run_it(place="room/file.cpp:2")
+        status, printed = self.run_it(places=["room/file.cpp:2"])
         self.assertEqual(status, 0, printed)
         self.assertIn("1 survived, 1 of them explained", printed)
 
     def test_an_explanation_that_has_no_survivor_fails_the_run(self):
         line = CODE.splitlines()[1]
         self.explain(line, line.replace("a < b", "a >= b"))
-        status, printed = self.run_it(place="room/file.cpp:2")
+        status, printed = self.run_it(places=["room/file.cpp:2"])
         self.assertEqual(status, 1)
         self.assertIn("room/file.cpp: explained, but killed", printed)
 
@@ -139,7 +139,7 @@ class Trying(unittest.TestCase):
         self.assertIn(f"{len(first)} mutants, {len(first)} of them known from before", printed)
         self.assertEqual(status, 1)
         (self.root / "room/file.cpp").write_text("// longer\n" + CODE)
-        _, printed = self.run_it(place="room/file.cpp:3")
+        _, printed = self.run_it(places=["room/file.cpp:3"])
         self.assertIn("0 of them known from before", printed)
 
     def test_a_part_is_the_same_part_again(self):
@@ -149,13 +149,13 @@ class Trying(unittest.TestCase):
         self.assertIn("3 mutants, 3 of them known", second)
 
     def test_nothing_is_written_where_the_sources_are(self):
-        self.run_it(place="room/file.cpp")
+        self.run_it(places=["room/file.cpp"])
         self.assertEqual((self.root / "room/file.cpp").read_text(), CODE)
         self.assertEqual(sorted(file.name for file in (self.root / "room").iterdir()), ["file.cpp", "twice.h"])
 
     def test_tests_that_fail_anyway_end_the_run(self):
         (self.root / "room/file.cpp").write_text(CODE.replace("a < b", "a > b"))
-        status, printed = self.run_it(place="room/file.cpp:2")
+        status, printed = self.run_it(places=["room/file.cpp:2"])
         self.assertEqual(status, 2)
         self.assertIn("program fails without a mutant: Room.Works (failed)", printed)
 

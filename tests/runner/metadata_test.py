@@ -56,6 +56,8 @@ TAGS = [
     "-EXIF:Make=Maker",
     "-EXIF:Model=Modell Ä",
     "-EXIF:Orientation#=6",
+    "-ExifIFD:ExifImageWidth=24",
+    "-ExifIFD:ExifImageHeight=16",
     "-EXIF:ExposureTime=1/50",
     "-EXIF:UserComment=Grüße ☀",
     "-EXIF:GPSLatitude=47.5",
@@ -292,7 +294,10 @@ class MetadataTest(unittest.TestCase):
         source = self.folder / "thumbnail.jpg"
         shutil.copy(self.sources["jpg"], source)
         exiftool("-overwrite_original", f"-ThumbnailImage<={self.sources['jpg']}", source)
-        self.assertIn("IFD1:ThumbnailImage", what_they_say([source])[source.name])
+        exiftool("-overwrite_original", f"-PhotoshopThumbnail<={self.sources['jpg']}", source)
+        told = what_they_say([source])[source.name]
+        self.assertIn("IFD1:ThumbnailImage", told)
+        self.assertIn("Photoshop:PhotoshopThumbnail", told)
         for name in FORMATS:
             target = self.folder / f"thumbless.{name}"
             self.run_program(source, target)

@@ -121,12 +121,12 @@ class KindsOfPixels(PictureFiles):
     def test_sixteen_bits_are_rounded_with_a_warning(self):
         values = np.arange(65536, dtype=np.uint16).reshape(256, 256)
         self.save("wide.png", Image.fromarray(values))
-        done = self.run_program("-e", "InvertKRT", "-e", "InvertKRT", "wide.png", "-o", "out.png")
+        done = self.run_program("InvertKRT", "-e", "-e", "InvertKRT", "wide.png", "-o", "out.png")
         self.assertEqual(done.stderr, b"picturehost: warning: 'wide.png' has 16 bits a channel; its pixels are "
                                       b"rounded to 8\n")
         out = np.array(self.opened("out.png"))
         self.assertTrue(np.array_equal(out, np.round(values / 257).astype(np.uint8)))
-        self.assertIn("16 bits", self.complaint("wide.png", "InvertKRT", "-o", "strict.png", "--strict"))
+        self.assertIn("16 bits", self.complaint("InvertKRT", "wide.png", "-o", "strict.png", "--strict"))
         self.assertFalse((self.folder / "strict.png").exists())
 
 
@@ -149,7 +149,7 @@ class Colour(PictureFiles):
         image = smooth(60, 60)
         icc = self.profile("a98.icc")
         self.save("c.png", image, icc_profile=icc)
-        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.png", "--to-srgb", "-o", "out.png")
+        out = self.made("InvertKRT", "-e", "-e", "InvertKRT", "c.png", "--to-srgb", "-o", "out.png")
         expected = ImageCms.profileToProfile(
             Image.fromarray(image), io.BytesIO(icc), self.srgb, renderingIntent=1,
             flags=ImageCms.FLAGS["BLACKPOINTCOMPENSATION"])
@@ -162,7 +162,7 @@ class Colour(PictureFiles):
         icc = self.profile("default_cmyk.icc")
         image = Image.fromarray(np.dstack([smooth(64, 64), np.full((64, 64), 40, np.uint8)]), "CMYK")
         self.save("c.tif", image, icc_profile=icc)
-        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.tif", "-o", "out.tif")
+        out = self.made("InvertKRT", "-e", "-e", "InvertKRT", "c.tif", "-o", "out.tif")
         self.assertEqual(out.mode, "RGB")
         expected = ImageCms.profileToProfile(
             image, io.BytesIO(icc), self.srgb, renderingIntent=1, outputMode="RGB",
@@ -235,11 +235,11 @@ class Pages(PictureFiles):
     def test_one_page(self):
         out = self.made("InvertKRT", "p.tif", "--page", "2", "-o", "out.png")
         self.assertTrue(np.array_equal(np.array(out), 255 - self.pictures[1]))
-        self.assertEqual(self.complaint("p.tif", "InvertKRT", "--page", "4", "-o", "x.png"),
+        self.assertEqual(self.complaint("InvertKRT", "p.tif", "--page", "4", "-o", "x.png"),
                          "'p.tif' has 3 pages, there is no page 4")
 
     def test_a_format_of_one_page_refuses_several(self):
-        self.assertEqual(self.complaint("p.tif", "InvertKRT", "-o", "out.jpg"),
+        self.assertEqual(self.complaint("InvertKRT", "p.tif", "-o", "out.jpg"),
                          "there are 3 pages, and a JPEG file holds one; --page N takes one of them")
         self.assertFalse((self.folder / "out.jpg").exists())
 
@@ -258,6 +258,31 @@ class AsGoodAsItCame(PictureFiles):
             out = self.made("InvertKRT", "q.jpg", "-o", "out.jpg")
             self.assertEqual(out.quantization, before.quantization, quality)
             self.assertEqual(out.layer, before.layer, quality)
+
+    def test_tables_and_samples_that_no_quality_has(self):
+        tables = [[1 + i // 3 for i in range(64)], [40 - i // 2 for i in range(64)]]
+        for subsampling, samples in ((0, (1, 1)), (1, (2, 1)), (2, (2, 2))):
+            self.save("q.jpg", smooth(64, 64), qtables=tables, subsampling=subsampling)
+            before = self.opened("q.jpg")
+            self.assertEqual(before.layer[0][1:3], samples)
+            out = self.made("InvertKRT", "q.jpg", "-o", "out.jpg")
+            self.assertEqual(out.quantization, before.quantization)
+            self.assertEqual(out.layer, before.layer)
+            out = self.made("InvertKRT", "q.jpg", "--quality", "50", "-o", "out.jpg")
+            self.assertNotEqual(out.quantization, before.quantization)
+        Image.fromarray(smooth(64, 64)).convert("L").save(self.folder / "g.jpg", qtables=tables[:1])
+        out = self.made("InvertKRT", "g.jpg", "-o", "out.jpg")
+        self.assertEqual((out.mode, list(out.quantization)), ("L", [0]))
+        self.assertEqual(out.quantization, self.opened("g.jpg").quantization)
+
+    def test_what_a_tiff_compresses_stays(self):
+        predictor = 317
+        for compression in ("tiff_lzw", "tiff_adobe_deflate"):
+            for differences in (1, 2):
+                self.save("t.tif", smooth(32, 32), compression=compression, tiffinfo={predictor: differences})
+                out = self.made("InvertKRT", "t.tif", "-o", "out.tif")
+                self.assertEqual(out.info["compression"], compression)
+                self.assertEqual(out.tag_v2.get(predictor, 1), differences)
 
     def test_a_lossless_webp_stays_lossless(self):
         image = noise(30, 40)
@@ -286,12 +311,12 @@ class AsGoodAsItCame(PictureFiles):
 
     def test_options_that_do_not_fit(self):
         self.save("s.png", smooth(8, 8))
-        self.assertEqual(self.complaint("s.png", "InvertKRT", "-o", "a.jpg[QQ=3]"),
+        self.assertEqual(self.complaint("InvertKRT", "s.png", "-o", "a.jpg[QQ=3]"),
                          "the picture can't be encoded as JPEG: no property named `QQ'")
-        self.assertEqual(self.complaint("s.png", "InvertKRT", "--quality", "9", "-o", "a.png"),
+        self.assertEqual(self.complaint("InvertKRT", "s.png", "--quality", "9", "-o", "a.png"),
                          "PNG has no --quality: nothing is lost in it")
-        self.assertEqual(self.complaint("s.png", "InvertKRT", "--lossless", "-o", "a.jpg"), "JPEG can't be --lossless")
-        self.assertEqual(self.complaint("s.png", "InvertKRT", "--compression", "lzw", "-o", "a.jpg"),
+        self.assertEqual(self.complaint("InvertKRT", "s.png", "--lossless", "-o", "a.jpg"), "JPEG can't be --lossless")
+        self.assertEqual(self.complaint("InvertKRT", "s.png", "--compression", "lzw", "-o", "a.jpg"),
                          "JPEG has no --compression; PNG and TIFF have")
         self.assertEqual(sorted(os.listdir(self.folder)), ["s.png"])
 
@@ -348,6 +373,15 @@ class Damage(PictureFiles):
             file.write(b"\xFF\xD9")
         self.assertIn("is damaged", self.tries("d.jpg"))
 
+    def test_a_jpeg_of_more_scans_than_a_picture_has(self):
+        self.save("d.jpg", smooth(64, 64), progressive=True)
+        data = (self.folder / "d.jpg").read_bytes()
+        scan = data[data.rfind(b"\xFF\xDA"):-2]
+        (self.folder / "d.jpg").write_bytes(data[:-2] + 10_000 * scan + data[-2:])
+        for damage in ("warn", "ignore"):
+            self.assertEqual(self.complaint("InvertKRT", "d.jpg", "--damage", damage, "-o", "out.png"),
+                             "'d.jpg' is damaged (more scans than a picture has), and nothing of it can be decoded")
+
     def test_a_jpeg_without_its_last_two_bytes(self):
         self.save("d.jpg", smooth(64, 64), quality=100)
         data = (self.folder / "d.jpg").read_bytes()
@@ -369,7 +403,7 @@ class Damage(PictureFiles):
     def test_webp_cannot_be_decoded_in_part(self):
         self.save("d.webp", smooth(256, 256), quality=100)
         self.damage("d.webp", 0.5)
-        self.assertEqual(self.complaint("d.webp", "InvertKRT", "-o", "out.png"),
+        self.assertEqual(self.complaint("InvertKRT", "d.webp", "-o", "out.png"),
                          "'d.webp' is truncated, and nothing of it can be decoded")
 
 
@@ -378,14 +412,14 @@ class Pipes(PictureFiles):
         image = noise(20, 30)
         self.save("p.png", image)
         data = (self.folder / "p.png").read_bytes()
-        done = self.run_program("-e", "InvertKRT", "-e", "CountColorsKRT", "-", "-f", "tiff", "-o", "-", input=data)
+        done = self.run_program("InvertKRT", "-e", "-e", "CountColorsKRT", "-", "-f", "tiff", "-o", "-", input=data)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertTrue(np.array_equal(np.array(Image.open(io.BytesIO(done.stdout))), 255 - image))
         self.assertIn(b"count = 600\n", done.stderr)
 
     def test_mistakes(self):
         self.save("p.png", noise(4, 4))
-        self.assertEqual(self.complaint("p.png", "InvertKRT", "-o", "-", status=2),
+        self.assertEqual(self.complaint("InvertKRT", "p.png", "-o", "-", status=2),
                          "a picture for standard output needs --format, like --format png")
         done = self.run_program("InvertKRT", "-", "-o", "out.png", input=b"no picture")
         self.assertIn(b"picturehost: 'standard input' isn't an image that can be opened", done.stderr)
