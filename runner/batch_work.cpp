@@ -1,6 +1,5 @@
 #include "runner/batch_work.h"
 
-#include <csignal>
 #include <map>
 #include <memory>
 
@@ -8,7 +7,7 @@
 #include "runner/disk.h"
 #include "runner/failure.h"
 #include "runner/file_job.h"
-#include "runner/names.h"
+#include "runner/noted_signals.h"
 #include "runner/output_file.h"
 #include "runner/work/record.h"
 
@@ -16,38 +15,6 @@ namespace runner {
 namespace {
 
 namespace fs = std::filesystem;
-
-volatile sig_atomic_t interruptedBy = 0;
-extern "C" void NoteInterrupt(int signal) { interruptedBy = signal; }
-
-// While this lives, SIGINT, SIGTERM and SIGHUP are only noted, and only where signals are let in.
-// One that is ignored stays ignored.
-class NotedSignals {
- public:
-  NotedSignals() {
-    struct sigaction action {};
-    action.sa_handler = NoteInterrupt;
-    sigset_t blocked;
-    sigemptyset(&blocked);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-      if (OutputFile::IsIgnored(signal)) continue;
-      ::sigaction(signal, &action, nullptr);
-      sigaddset(&blocked, signal);
-    }
-    ::sigprocmask(SIG_BLOCK, &blocked, &before);
-  }
-  ~NotedSignals() {
-    OutputFile::CleanUpOnSignals();
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
-  }
-  NotedSignals(const NotedSignals&) = delete;
-  NotedSignals& operator=(const NotedSignals&) = delete;
-
-  const sigset_t& LetIn() const { return before; }
-
- private:
-  sigset_t before{};
-};
 
 void PutState(std::string* record, const FileState& state) {
   PutNumber(record, state.size);
@@ -146,10 +113,9 @@ class Foreman {
             [this](const std::string& order) { return hand.Do(order); }, tools.options.limits) {}
 
   int Work() {
-    const NotedSignals signals;
     bool more = true;
-    while ((more || crew.IsBusy()) && interruptedBy == 0 && !tools.report->IsHopeless()) {
-      while (more && crew.HasRoom() && tools.report->HasRoom() && interruptedBy == 0)
+    while ((more || crew.IsBusy()) && !signals.HasCome() && !tools.report->IsHopeless()) {
+      while (more && crew.HasRoom() && tools.report->HasRoom() && !signals.HasCome())
         more = Begin();
       // Meanwhile the workers are busy.
       WriteLines();
@@ -157,7 +123,7 @@ class Foreman {
       for (const TaskReport& report : crew.Wait(signals.LetIn())) Account(report);
     }
     WriteLines();
-    return interruptedBy;
+    return signals.Number();
   }
 
  private:
@@ -180,7 +146,7 @@ class Foreman {
 
   bool TakeNext() {
     FileInWork next;
-    while (!HasSignal() && tools.planner->Next(&next.planned)) {
+    while (!signals.HasCome() && tools.planner->Next(&next.planned)) {
       next.number = count++;
       if (next.planned.isMissing) {
         tools.report->Failed(next.number, next.planned.name.file, "there is no such file");
@@ -200,15 +166,6 @@ class Foreman {
       return true;
     }
     return false;
-  }
-
-  // Signals are let in only while workers are waited for.
-  static bool HasSignal() {
-    sigset_t pending;
-    ::sigpending(&pending);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-      if (sigismember(&pending, signal) != 0) interruptedBy = signal;
-    return interruptedBy != 0;
   }
 
   bool IsDone(FileInWork* file) {
@@ -250,7 +207,7 @@ class Foreman {
         tools.report->Done(file.number, std::string(rest));
         break;
       case TaskReport::Outcome::kFailed:
-        Fail(file, report.text, report.seconds);
+        Fail(file, report.text + HintOfMemory(report.text), report.seconds);
         break;
       case TaskReport::Outcome::kLate:
         RemoveLeftovers(file, report.process);
@@ -258,14 +215,17 @@ class Foreman {
         break;
       case TaskReport::Outcome::kDied:
         RemoveLeftovers(file, report.process);
-        Fail(
-            file,
-            "the process that worked on it died: " + report.text +
-                (tools.options.limits.memory > 0 ? "; --file-memory may be too little for it" : ""),
-            report.seconds);
+        Fail(file, "the process that worked on it died: " + report.text + HintOfMemory("memory"),
+             report.seconds);
         break;
     }
     inWork.erase(found);
+  }
+
+  std::string HintOfMemory(const std::string& why) const {
+    const bool isLikely =
+        tools.options.limits.memory > 0 && why.find("memory") != std::string::npos;
+    return isLikely ? "; --file-memory may be too little for it" : "";
   }
 
   void Fail(FileInWork& file, const std::string& why, double seconds) {
@@ -291,6 +251,7 @@ class Foreman {
   }
 
   const BatchTools& tools;
+  NotedSignals signals;
   Hand hand;
   Crew crew;
   uint64_t count = 0;

@@ -49,7 +49,7 @@ says, its EXIF, XMP, IPTC, profile, comments and resolution, is kept. What can't
 standard error, and then nothing is written. Names that begin with a dash go after --.)";
 
 inline constexpr const char* kBatchHelp =
-    R"(Every file is a FILE of its own to the same expressions; `picturehost run --help` explains those.
+    R"(The expressions are evaluated on every file by itself; `picturehost run --help` explains them.
 Without -d, -o, --in-place and --save what the expressions print is all. A file that fails is one
 line on standard error, and the others go on; the exit status says whether all succeeded.
 

@@ -215,8 +215,8 @@ void AddBatch(CLI::App* app, Raw* raw) {
       ->type_name("MEGABYTES");
   batch->add_flag("--keep-going", options.keepGoing,
                   "Go on where files aren't there, and where the first ones all fail alike");
-  auto* json = batch->add_flag("--json", raw->json, "Print the values as JSON, a line a file");
-  batch->add_flag("--csv", raw->csv, "Print the values as a table")->excludes(json);
+  batch->add_flag("--json", raw->json, "Print the values as JSON, a line a file");
+  batch->add_flag("--csv", raw->csv, "Print the values as a table");
   batch->add_flag("-q,--quiet", options.quiet, "Print no progress and no summary");
   batch->add_flag("--skip-existing", raw->skipExisting)->group("");
   AddInputs(batch, raw);

@@ -49,6 +49,21 @@ std::vector<std::string> OptionWords(const CLI::App& command, int count, const c
   return options;
 }
 
+// The options that a person may have meant by the first one that there isn't; or nothing.
+std::string MeantOption(const CLI::App& app, int count, const char* const* words) {
+  const auto commands = app.get_subcommands();
+  if (commands.empty()) return "";
+  std::vector<std::string> known;
+  for (const CLI::Option* option : commands[0]->get_options())
+    for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+  for (int i = 2; i < count; ++i) {
+    const std::string word = words[i], name = word.substr(0, word.find('='));
+    if (word.starts_with("--") && commands[0]->get_option_no_throw(name) == nullptr)
+      return DidYouMean(name, known);
+  }
+  return "";
+}
+
 void FinishRun(Raw* raw, const std::vector<std::string>& files) {
   Options& options = raw->options;
   if (options.expressions.empty())
@@ -85,6 +100,7 @@ void FinishBatch(Raw* raw, const std::vector<std::string>& files) {
   options.manifest = raw->manifest;
   options.limits.time = std::chrono::milliseconds(std::llround(raw->fileTimeout * 1000));
   options.limits.memory = static_cast<uint64_t>(std::llround(raw->fileMemory * 1e6));
+  if (raw->csv && raw->json) throw UsageFailure("--json and --csv are two ways to print values");
   if (raw->csv) options.valueFormat = ValueFormat::kCsv;
   if (options.inputs.nulls && raw->list.empty())
     throw UsageFailure("--null is about the names of --files-from");
@@ -125,7 +141,8 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
       Print(help.str());
       return std::nullopt;
     }
-    throw UsageFailure(std::string(error.what()) + " (picturehost --help explains)");
+    throw UsageFailure(std::string(error.what()) + MeantOption(app, plainCount, words) +
+                       " (picturehost --help explains)");
   }
 
   Options& options = raw.options;

@@ -3,9 +3,8 @@
 
     killed_batches.py PICTUREHOST [FILES [KILLS]]
 
-Makes so many thumbnails (300), half of them named in a list and half below a folder, and kills the
-program and its workers at random moments so many times (6), each time anew with --output-dir and with
---in-place. At the end every result has to be there, be the same as one that `picturehost run` makes
+Makes so many thumbnails (300), half of them named in a list and half below a folder, and kills workers
+and the program at random moments so many times (6), each time anew with --output-dir and with --in-place. At the end every result has to be there, be the same as one that `picturehost run` makes
 alone, and stand in the manifest with its size and time; nothing else may lie around. Prints figures.
 """
 
@@ -24,22 +23,23 @@ from PIL import Image
 
 MANIFEST = "picturehost-manifest.jsonl"
 CALL = "InvertKRT"
-CHECKED_ALONE = 40
 
 
 def make_thumbnails(folder, count, rng):
-    """Files of a few kinds, by copies of some: each has bytes of its own behind the picture's."""
+    """Files of a few kinds."""
     folder.mkdir()
     kinds = []
     for kind in range(20):
         size = rng.randint(20, 64), rng.randint(20, 64)
-        kinds.append(Image.frombytes("RGB", size, rng.randbytes(size[0] * size[1] * 3)))
+        Image.frombytes("RGB", size, rng.randbytes(size[0] * size[1] * 3)).save(folder / "kind.png", compress_level=1)
+        kinds.append((folder / "kind.png").read_bytes())
+    (folder / "kind.png").unlink()
     names = []
     for number in range(count):
         below = folder / ("listed" if number % 2 else "found") / f"{number % 37}"
         below.mkdir(parents=True, exist_ok=True)
         names.append(below / f"{number}.png")
-        kinds[number % 20].save(names[-1], compress_level=1)
+        names[-1].write_bytes(kinds[number % 20])
     return names
 
 
@@ -63,20 +63,33 @@ def done_count(manifest):
     return manifest.read_bytes().count(b'"result":"written"') if manifest.exists() else 0
 
 
+def wait_for(child, manifest, more, patience):
+    goal = done_count(manifest) + more
+    while child.poll() is None and done_count(manifest) < goal:
+        time.sleep(patience)
+    time.sleep(random.random() * 0.02)
+
+
+def kill(processes):
+    for process in processes:
+        try:
+            os.kill(process, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+
+
 def kill_and_resume(command, folder, manifest, count, kills, rng):
-    """Gives the runs and how many files were done at each kill."""
+    """Kills a worker, then the program, alone or with its workers; and so on. Gives how many files were done
+    at each end, what the last run said, and its seconds."""
     at_kill = []
+    share = max(2, count // (2 * kills + 2))
     for _ in range(kills):
         child = subprocess.Popen(command, cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        goal = done_count(manifest) + rng.randint(1, max(1, count // (kills + 1)))
-        while child.poll() is None and done_count(manifest) < goal:
-            time.sleep(0.005)
-        time.sleep(rng.random() * 0.02)
-        victims = [child.pid, *descendants(child.pid)]
-        rng.shuffle(victims)
-        for victim in victims[:rng.choice([1, len(victims)])]:  # a worker, the program, or all
-            if child.poll() is None:
-                os.kill(victim, signal.SIGKILL)
+        wait_for(child, manifest, rng.randint(1, share), max(0.005, count / 200_000))
+        kill(descendants(child.pid)[:1])
+        wait_for(child, manifest, rng.randint(1, share), max(0.005, count / 200_000))
+        if child.poll() is None:
+            kill([child.pid] if rng.random() < 0.5 else [*descendants(child.pid), child.pid])
         child.communicate()
         at_kill.append(done_count(manifest))
     started = time.monotonic()

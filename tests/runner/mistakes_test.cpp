@@ -287,6 +287,9 @@ TEST_F(Mistakes, StandardOutputThatIsFull) {
 TEST_F(Mistakes, CommandLines) {
   EXPECT_EQ(Complaint({}, 2), "list, run or batch? (picturehost --help explains)");
   EXPECT_NE(Complaint({"run", "--wrong"}, 2), "");
+  EXPECT_EQ(Complaint({"batch", "--recusive", "InvertKRT", "in.png", "-d", "new"}, 2),
+            "The following argument was not expected: --recusive; did you mean --recursive? "
+            "(picturehost --help explains)");
   EXPECT_EQ(
       Complaint({"run", "InvertKRT"}, 2),
       "there is no picture file behind the expression, as in picturehost run InvertKRT photo.jpg "
