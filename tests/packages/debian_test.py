@@ -95,7 +95,7 @@ class ManPageTest(unittest.TestCase):
 
     @staticmethod
     def options_below(text, heading):
-        section = re.search(rf"(?ms)^\.Ss {heading}$(.*?)^\.S", text)[1]
+        section = re.search(rf"(?ms)^\.Ss {heading}$(.*?)^\.S[sh] ", text)[1]
         return {f"--{name}" for name in re.findall(r"(?m)^\.It Fl (?:\w , )?-([\w-]+)", section)}
 
 

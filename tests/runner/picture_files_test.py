@@ -121,7 +121,7 @@ class KindsOfPixels(PictureFiles):
     def test_sixteen_bits_are_rounded_with_a_warning(self):
         values = np.arange(65536, dtype=np.uint16).reshape(256, 256)
         self.save("wide.png", Image.fromarray(values))
-        done = self.run_program("InvertKRT", "-e", "-e", "InvertKRT", "wide.png", "-o", "out.png")
+        done = self.run_program("-e", "InvertKRT", "-e", "InvertKRT", "wide.png", "-o", "out.png")
         self.assertEqual(done.stderr, b"picturehost: warning: 'wide.png' has 16 bits a channel; its pixels are "
                                       b"rounded to 8\n")
         out = np.array(self.opened("out.png"))
@@ -149,7 +149,7 @@ class Colour(PictureFiles):
         image = smooth(60, 60)
         icc = self.profile("a98.icc")
         self.save("c.png", image, icc_profile=icc)
-        out = self.made("InvertKRT", "-e", "-e", "InvertKRT", "c.png", "--to-srgb", "-o", "out.png")
+        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.png", "--to-srgb", "-o", "out.png")
         expected = ImageCms.profileToProfile(
             Image.fromarray(image), io.BytesIO(icc), self.srgb, renderingIntent=1,
             flags=ImageCms.FLAGS["BLACKPOINTCOMPENSATION"])
@@ -162,7 +162,7 @@ class Colour(PictureFiles):
         icc = self.profile("default_cmyk.icc")
         image = Image.fromarray(np.dstack([smooth(64, 64), np.full((64, 64), 40, np.uint8)]), "CMYK")
         self.save("c.tif", image, icc_profile=icc)
-        out = self.made("InvertKRT", "-e", "-e", "InvertKRT", "c.tif", "-o", "out.tif")
+        out = self.made("-e", "InvertKRT", "-e", "InvertKRT", "c.tif", "-o", "out.tif")
         self.assertEqual(out.mode, "RGB")
         expected = ImageCms.profileToProfile(
             image, io.BytesIO(icc), self.srgb, renderingIntent=1, outputMode="RGB",
@@ -185,7 +185,8 @@ class Alpha(PictureFiles):
     def test_a_result_of_another_size_has_no_alpha(self):
         self.save("logo.png", noise(20, 30, 4))
         self.save("large.png", noise(40, 30))
-        text = self.complaint("logo.png", 'InvertKRT', 'self = picture("large.png")', "--keep-alpha", "-o", "out.png")
+        text = self.complaint("-e", "InvertKRT", "-e", 'self = picture("large.png")', "logo.png", "--keep-alpha",
+                              "-o", "out.png")
         self.assertIn("30 x 40 instead of 30 x 20", text)
         self.assertFalse((self.folder / "out.png").exists())
 
@@ -412,7 +413,7 @@ class Pipes(PictureFiles):
         image = noise(20, 30)
         self.save("p.png", image)
         data = (self.folder / "p.png").read_bytes()
-        done = self.run_program("InvertKRT", "-e", "-e", "CountColorsKRT", "-", "-f", "tiff", "-o", "-", input=data)
+        done = self.run_program("-e", "InvertKRT", "-e", "CountColorsKRT", "-", "-f", "tiff", "-o", "-", input=data)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertTrue(np.array_equal(np.array(Image.open(io.BytesIO(done.stdout))), 255 - image))
         self.assertIn(b"count = 600\n", done.stderr)
