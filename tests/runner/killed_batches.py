@@ -4,8 +4,9 @@
     killed_batches.py PICTUREHOST [FILES [KILLS]]
 
 Makes so many thumbnails (300), half of them named in a list and half below a folder, and kills workers
-and the program at random moments so many times (6), each time anew with --output-dir and with --in-place. At the end every result has to be there, be the same as one that `picturehost run` makes
-alone, and stand in the manifest with its size and time; nothing else may lie around. Prints figures.
+and the program at random moments so many times (6), each time anew with --output-dir and with --in-place.
+At the end every result has to be there, be the same as one that `picturehost run` makes alone, and stand
+in the manifest with its size and time; nothing else may lie around. Prints figures.
 """
 
 import json
@@ -148,7 +149,8 @@ def main():
         inputs = scratch / "in"
         names = make_thumbnails(inputs, count, rng)
         before = [names[kind].read_bytes() for kind in range(min(20, count))]
-        (scratch / "list").write_text("".join(f"{path.relative_to(scratch)}\n" for path in names if "listed" in path.parts))
+        listed = [path.relative_to(scratch) for path in names if "listed" in path.parts]
+        (scratch / "list").write_text("".join(f"{path}\n" for path in listed))
         common = [program, "batch", CALL, "-r", "in/found", "--files-from", "list", "--input-dir", "in", "--resume"]
         for way in (["-d", "out"], ["--in-place"]):
             in_place = way == ["--in-place"]
