@@ -1,64 +1,12 @@
 // picturehost batch, as a person calls it.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <regex>
-#include <thread>
 
-#include "tests/runner/images.h"
-#include "tests/runner/program.h"
-#include "tests/runner/scratch.h"
+#include "tests/runner/batch_fixture.h"
 
 namespace runner {
 namespace {
-
-namespace fs = std::filesystem;
-
-class Batch : public ::testing::Test {
- protected:
-  Surroundings Here() const { return {scratch.Folder().native()}; }
-
-  std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(scratch / folder))
-      if (!IsNote(entry.path().filename())) names.push_back(entry.path().filename().native());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
-  // What a batch keeps beside its results; claims of one that was killed stay until the next.
-  static bool IsNote(const fs::path& name) {
-    return name == "picturehost-manifest.jsonl" ||
-           name.native().starts_with(".picturehost-claims-");
-  }
-
-  void ExpectInverted(const std::string& source, const std::string& result) {
-    const Image in = Read(scratch / source), out = Read(scratch / result);
-    ASSERT_EQ(in.bytes.size(), out.bytes.size()) << result;
-    for (size_t i = 0; i < in.bytes.size(); ++i)
-      ASSERT_EQ(out.bytes[i], 255 - in.bytes[i]) << result;
-  }
-
-  // A picture whose encoding as PNG takes long enough to be met in the middle.
-  void SaveSlow(const std::string& name) { Save(Noise(2500, 2000), scratch / name, "bmp"); }
-
-  // Waits for the result that is being written.
-  bool WaitForUnfinished(const std::string& folder) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-    while (std::chrono::steady_clock::now() < end) {
-      std::error_code ignored;
-      for (const auto& entry : fs::directory_iterator(scratch / folder, ignored))
-        if (entry.path().extension() == ".part" && entry.file_size(ignored) > 0) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return false;
-  }
-
-  Scratch scratch;
-};
 
 TEST_F(Batch, DoesManyFilesWithOddNames) {
   std::vector<std::string> arguments = {"batch",        "InvertKRT", "--jobs", "3",
@@ -243,82 +191,6 @@ TEST_F(Batch, StartsNothingThatCannotEndWell) {
   EXPECT_NE(complaint({"batch", "InvertKRT", "-d", "out"}), "");
   EXPECT_EQ(complaint({"batch", "InvertKRT", "one.png", "-d", "one.png"}),
             "picturehost: can't make the folder 'one.png': a file has that name\n");
-}
-
-TEST_F(Batch, AWorkerThatDiesIsReportedAndTheRestGoesOn) {
-  SaveSlow("slow.bmp");
-  Save(Noise(8, 8), scratch / "next.png", "png");
-  Program program(
-      {"batch", "InvertKRT", "slow.bmp", "next.png", "-d", "out", "-f", "png", "-j", "1"}, Here());
-  ASSERT_TRUE(WaitForUnfinished("out"));
-  const std::vector<pid_t> workers = program.Children();
-  ASSERT_EQ(workers.size(), 1U);
-  ::kill(workers[0], SIGKILL);
-  const Finished finished = program.Wait();
-  EXPECT_EQ(finished.status, 1);
-  EXPECT_EQ(finished.err,
-            "picturehost: slow.bmp: the process that worked on it died: Killed\n"
-            "1 written to out, 1 failed\n");
-  EXPECT_EQ(Names("out"), std::vector<std::string>{"next.png"});
-  ExpectInverted("next.png", "out/next.png");
-}
-
-TEST_F(Batch, AnInterruptLeavesWholeFilesAndCanBeTakenUpAgain) {
-  Save(Noise(8, 8), scratch / "first.png", "png");
-  SaveSlow("slow.bmp");
-  Save(Noise(8, 8), scratch / "last.png", "png");
-  const std::vector<std::string> arguments = {"batch",    "InvertKRT", "first.png", "slow.bmp",
-                                              "last.png", "-d",        "out",       "-f",
-                                              "png",      "-j",        "1",         "--resume"};
-  for (const int signal : {SIGINT, SIGTERM}) {
-    Program program(arguments, Here());
-    ASSERT_TRUE(WaitForUnfinished("out"));
-    // Until the unfinished file is the slow one's.
-    while (!fs::exists(scratch / "out/first.png")) std::this_thread::yield();
-    ASSERT_TRUE(WaitForUnfinished("out"));
-    const std::vector<pid_t> workers = program.Children();
-    ::kill(program.Process(), signal);
-    const Finished finished = program.Wait();
-    EXPECT_EQ(finished.status, 128 + signal);
-    EXPECT_NE(finished.err.find("picturehost: interrupted, "), std::string::npos);
-    EXPECT_EQ(Names("out"), std::vector<std::string>{"first.png"});
-    for (const pid_t worker : workers) EXPECT_NE(::kill(worker, 0), 0);
-  }
-  const Finished finished = RunProgram(arguments, Here());
-  EXPECT_EQ(finished.status, 0);
-  EXPECT_EQ(finished.err, "2 written to out, 1 done before\n");
-  ExpectInverted("slow.bmp", "out/slow.png");
-  ExpectInverted("last.png", "out/last.png");
-}
-
-TEST_F(Batch, ASignalThatIsIgnoredDoesNotInterrupt) {
-  SaveSlow("slow.bmp");
-  Save(Noise(8, 8), scratch / "last.png", "png");
-  for (const int signal : {SIGHUP, SIGINT}) {
-    Surroundings around = Here();
-    around.ignored = signal;
-    Program program(
-        {"batch", "InvertKRT", "slow.bmp", "last.png", "-d", "out", "-f", "png", "-j", "1"},
-        around);
-    ASSERT_TRUE(WaitForUnfinished("out"));
-    const std::vector<pid_t> workers = program.Children();
-    ASSERT_EQ(workers.size(), 1U);
-    ::kill(workers[0], signal);
-    ::kill(program.Process(), signal);
-    const Finished finished = program.Wait();
-    EXPECT_EQ(finished.status, 0);
-    EXPECT_EQ(finished.err, "2 written to out\n");
-    fs::remove_all(scratch / "out");
-  }
-}
-
-TEST_F(Batch, WorkersDoNotOutliveTheProgram) {
-  SaveSlow("slow.bmp");
-  Program program({"batch", "InvertKRT", "slow.bmp", "-d", "out", "-f", "png", "-j", "1"}, Here());
-  ASSERT_TRUE(WaitForUnfinished("out"));
-  ::kill(program.Process(), SIGKILL);
-  program.Wait();  // its pipes close when the last of them has ended
-  EXPECT_EQ(Names("out"), std::vector<std::string>{});
 }
 
 TEST_F(Batch, ShowsABarOnATerminalAlone) {
