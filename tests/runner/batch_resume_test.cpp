@@ -18,10 +18,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
-using nlohmann::json;
 
 class BatchResume : public ::testing::Test {
  protected:
+  using json = nlohmann::json;
+
   BatchResume() {
     for (const char* name : {"a.png", "b.png", "c.png"})
       Save(Noise(6, 5, 3, ++seed), scratch / name, "png");

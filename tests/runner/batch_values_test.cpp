@@ -9,11 +9,12 @@
 namespace runner {
 namespace {
 
-using nlohmann::json;
 using Texts = std::vector<std::string>;
 
 class BatchValues : public ::testing::Test {
  protected:
+  using json = nlohmann::json;
+
   BatchValues() {
     const auto plain = [](uint8_t level) {
       return MakeImage(4, 4, [level](int, int) { return Pixel{level, level, level}; });

@@ -7,12 +7,12 @@
 namespace runner {
 namespace {
 
-std::string Named(const std::string& pattern, const InputName& input,
-                  const std::string& extension = "") {
+std::string NameFor(const std::string& pattern, const InputName& input,
+                    const std::string& extension = "") {
   return OutputPattern(pattern).For(input, extension).native();
 }
 
-std::string ErrorOf(const std::string& pattern) {
+std::string PatternErrorOf(const std::string& pattern) {
   try {
     OutputPattern parsed(pattern);
   } catch (const UsageFailure& failure) {
@@ -23,20 +23,20 @@ std::string ErrorOf(const std::string& pattern) {
 
 TEST(OutputPattern, PutsPartsOfTheInputsNameInPlace) {
   const InputName input{"photos/2020/a.b.JPG", "2020"};
-  EXPECT_EQ(Named("{dir}/{stem}-inverted{ext}", input), "photos/2020/a.b-inverted.JPG");
-  EXPECT_EQ(Named("out/{below}/{name}", input), "out/2020/a.b.JPG");
-  EXPECT_EQ(Named("out/{name}", input, ".png"), "out/a.b.png");
-  EXPECT_EQ(Named("{stem}{ext}", input, ".png"), "a.b.png");
-  EXPECT_EQ(Named("{{{stem}}}", input), "{a.b}");
-  EXPECT_EQ(Named("same.png", input), "same.png");
+  EXPECT_EQ(NameFor("{dir}/{stem}-inverted{ext}", input), "photos/2020/a.b-inverted.JPG");
+  EXPECT_EQ(NameFor("out/{below}/{name}", input), "out/2020/a.b.JPG");
+  EXPECT_EQ(NameFor("out/{name}", input, ".png"), "out/a.b.png");
+  EXPECT_EQ(NameFor("{stem}{ext}", input, ".png"), "a.b.png");
+  EXPECT_EQ(NameFor("{{{stem}}}", input), "{a.b}");
+  EXPECT_EQ(NameFor("same.png", input), "same.png");
 }
 
 TEST(OutputPattern, WithoutFoldersThereIsADot) {
-  EXPECT_EQ(Named("{dir}/{name}", {"a.jpg", ""}), "a.jpg");
-  EXPECT_EQ(Named("out/{below}/{name}", {"x/a.jpg", ""}), "out/a.jpg");
-  EXPECT_EQ(Named("{dir}/{name}", {"/a.jpg", ""}), "//a.jpg");
+  EXPECT_EQ(NameFor("{dir}/{name}", {"a.jpg", ""}), "a.jpg");
+  EXPECT_EQ(NameFor("out/{below}/{name}", {"x/a.jpg", ""}), "out/a.jpg");
+  EXPECT_EQ(NameFor("{dir}/{name}", {"/a.jpg", ""}), "//a.jpg");
   // Behind a link this isn't the folder "x".
-  EXPECT_EQ(Named("{dir}/new/{name}", {"link/../a.jpg", ""}), "link/../new/a.jpg");
+  EXPECT_EQ(NameFor("{dir}/new/{name}", {"link/../a.jpg", ""}), "link/../new/a.jpg");
 }
 
 TEST(OutputPattern, InAFolderBracesAreText) {
@@ -53,7 +53,7 @@ TEST(OutputPattern, OptionsStandInBracketsBehindIt) {
   EXPECT_EQ(pattern.For({"a[1].png", ""}, ""), "a[1].jpg");
   EXPECT_EQ(OutputPattern("{name}[Q=95]").EncodingOptions(), "Q=95");
   EXPECT_EQ(OutputPattern("{stem}[1]").EncodingOptions(), "");
-  EXPECT_EQ(Named("{stem}[1]", {"a.png", ""}), "a[1]");
+  EXPECT_EQ(NameFor("{stem}[1]", {"a.png", ""}), "a[1]");
 }
 
 TEST(OutputPattern, KnowsTheFolderOfAllOutputs) {
@@ -64,11 +64,12 @@ TEST(OutputPattern, KnowsTheFolderOfAllOutputs) {
 }
 
 TEST(OutputPattern, MistakesAreNamed) {
-  EXPECT_EQ(ErrorOf("{stem"), "in the pattern '{stem' a brace isn't closed; {{ stands for one");
-  EXPECT_EQ(ErrorOf("stem}"),
+  EXPECT_EQ(PatternErrorOf("{stem"),
+            "in the pattern '{stem' a brace isn't closed; {{ stands for one");
+  EXPECT_EQ(PatternErrorOf("stem}"),
             "in the pattern 'stem}' a brace closes that wasn't opened; }} stands for one");
-  EXPECT_EQ(ErrorOf("{}.png").substr(0, 30), "the pattern '{}.png' has '{}';");
-  EXPECT_EQ(ErrorOf(""), "an output needs a name");
+  EXPECT_EQ(PatternErrorOf("{}.png").substr(0, 30), "the pattern '{}.png' has '{}';");
+  EXPECT_EQ(PatternErrorOf(""), "an output needs a name");
 }
 
 }  // namespace
