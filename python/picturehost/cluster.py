@@ -3,10 +3,10 @@
     python3 -m picturehost.cluster EXPRESSION ... --input-dir DIR --output-dir DIR [--scheduler ADDRESS]
 
 Every picture file in DIR and the folders below it becomes a file of the same name in the output
-folder, exactly as `picturehost batch` would make it, with the same options for files. Files that are there already are left alone, so
-that a run that was interrupted can be taken up again. Work that a worker had when it was lost is done
-by another. Without an address a cluster of this machine's processors is started. The workers of a
-cluster need this package, and both folders under the same names.
+folder, exactly as `picturehost batch` would make it, with the same options for files. Files that are
+there already are left alone, so that a run that was interrupted can be taken up again. Work that a worker
+had when it was lost is done by another. Without an address a cluster of this machine's processors is
+started. The workers of a cluster need this package, and both folders under the same names.
 """
 
 import argparse
@@ -153,7 +153,7 @@ def spread(client, expressions, words, inputs, outputs, tally, progress):
             if printed or warnings:
                 progress.clear()
             for warning in warnings:
-                print(f"picturehost.cluster: warning: {warning}", file=sys.stderr)
+                print(f"picturehost.cluster: warning: {name!r}: {warning}", file=sys.stderr)
             print(printed, end="", flush=True)
             tally.written += 1
         except CancelledError:
