@@ -31,8 +31,9 @@ struct FileSetup {
   Warnings warnings;  // gets what is said through both
 };
 
-// Makes warnings of Python's of them, which tell of the line two calls above (see _files.py). Throws what such a warning became where it was turned into an error. Needs the
-// interpreter lock, and the host's must not be held.
+// Makes warnings of Python's of them, which tell of the line two calls above (see _files.py).
+// Throws what such a warning became where it was turned into an error. Needs the interpreter lock,
+// and the host's must not be held.
 void Issue(const Warnings& warnings);
 
 // A message with the options under the names that arguments have: "keep_alpha", not "--keep-alpha".
