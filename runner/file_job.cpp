@@ -5,21 +5,26 @@
 #include "runner/output_file.h"
 
 namespace runner {
-namespace {
 
-// What goes back over a result that has the page's own size.
-void KeepAlpha(Page* before, Page* after) {
-  if (before->alpha.empty()) return;
-  const host::Picture& result = *after->picture;
-  if (result.Width() != before->picture->Width() || result.Height() != before->picture->Height())
-    throw Failure("the result has another size than the picture, " +
-                  std::to_string(result.Width()) + " x " + std::to_string(result.Height()) +
-                  " instead of " + std::to_string(before->picture->Width()) + " x " +
-                  std::to_string(before->picture->Height()) + ": --keep-alpha has no alpha for it");
-  after->alpha = std::move(before->alpha);
+PageRange PagesMeant(const ImageReader& reader, std::optional<size_t> page) {
+  const size_t count = reader.PageCount();
+  if (page && *page > count)
+    throw Failure(Quoted(reader.Name()) + " has " + std::to_string(count) +
+                  (count == 1 ? " page" : " pages") + ", there is no page " +
+                  std::to_string(*page));
+  return {page ? *page - 1 : 0, page ? *page : count};
 }
 
-}  // namespace
+void PutAlphaBack(std::vector<uint8_t> alpha, int width, int height, Page* result) {
+  if (alpha.empty()) return;
+  const host::Picture& picture = *result->picture;
+  if (picture.Width() != width || picture.Height() != height)
+    throw Failure("the result has another size than the picture, " +
+                  std::to_string(picture.Width()) + " x " + std::to_string(picture.Height()) +
+                  " instead of " + std::to_string(width) + " x " + std::to_string(height) +
+                  ": --keep-alpha has no alpha for it");
+  result->alpha = std::move(alpha);
+}
 
 void RunStatements(const std::vector<Statement>& statements, const std::string& label,
                    Session* session, const PrintLine& print) {
@@ -32,12 +37,7 @@ std::vector<Page> ProcessPages(ImageReader* reader, std::optional<size_t> page,
                                const std::vector<Statement>& statements, host::Host& host,
                                const ImageOptions& images, Session* session,
                                const PrintLine& print) {
-  const size_t count = reader->PageCount();
-  if (page && *page > count)
-    throw Failure(Quoted(reader->Name()) + " has " + std::to_string(count) +
-                  (count == 1 ? " page" : " pages") + ", there is no page " +
-                  std::to_string(*page));
-  const size_t first = page ? *page - 1 : 0, last = page ? *page : count;
+  const auto [first, last] = PagesMeant(*reader, page);
   std::vector<Page> results;
   for (size_t i = first; i < last; ++i) {
     Page source = reader->Read(host, i);
@@ -45,7 +45,9 @@ std::vector<Page> ProcessPages(ImageReader* reader, std::optional<size_t> page,
     const std::string label = last - first > 1 ? "page " + std::to_string(i + 1) + ": " : "";
     RunStatements(statements, label, session, print);
     Page result{session->Current(), {}};
-    if (images.keepAlpha) KeepAlpha(&source, &result);
+    if (images.keepAlpha)
+      PutAlphaBack(std::move(source.alpha), source.picture->Width(), source.picture->Height(),
+                   &result);
     results.push_back(std::move(result));
   }
   return results;
