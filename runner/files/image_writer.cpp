@@ -403,10 +403,10 @@ void WriteBlob(VipsBlob* blob, const ByteSink& write) {
 // end. They are completed in memory.
 bool IsCompleted(const ImageFormat& format, const Metadata& metadata) {
   if (format.name == "tiff" || format.name == "jp2" || format.name == "webp") return true;
+  if (format.name == "ppm") return true;  // libvips writes the time into it
   const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
                     !metadata.icc.empty() || !metadata.comments.empty();
-  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl" ||
-                  format.name == "ppm");
+  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl");
 }
 
 void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,
