@@ -80,6 +80,12 @@ int64_t Picture::DescriptionLocks() const { return state->descriptionLocks; }
 Ref<Picture> Picture::Mask() const { return state->mask; }
 void Picture::SetMask(Ref<Picture> mask) { state->mask = std::move(mask); }
 
+const std::shared_ptr<const void>& Picture::Attachment() const { return state->attachment; }
+
+void Picture::Attach(std::shared_ptr<const void> attachment) {
+  state->attachment = std::move(attachment);
+}
+
 void Picture::SetLocking(Locking locking) {
   PictureLayout changed = state->layout;
   changed.locking = locking;

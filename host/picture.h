@@ -87,6 +87,11 @@ class Picture final : public Object {
   Ref<Picture> Mask() const;
   void SetMask(Ref<Picture> mask);
 
+  // Something of the embedding program's own, which the host keeps for as long as the picture
+  // lives and never looks at. Null until it is set.
+  const std::shared_ptr<const void>& Attachment() const;
+  void Attach(std::shared_ptr<const void> attachment);
+
   void SetLocking(Locking locking);
   // Called with every description that a lock of this picture is about to hand out, so that a test
   // can spoil it.

@@ -9,18 +9,6 @@
 namespace runner {
 namespace {
 
-// What goes back over a result that has the page's own size.
-void KeepAlpha(Page* before, Page* after) {
-  if (before->alpha.empty()) return;
-  const host::Picture& result = *after->picture;
-  if (result.Width() != before->picture->Width() || result.Height() != before->picture->Height())
-    throw Failure("the result has another size than the picture, " +
-                  std::to_string(result.Width()) + " x " + std::to_string(result.Height()) +
-                  " instead of " + std::to_string(before->picture->Width()) + " x " +
-                  std::to_string(before->picture->Height()) + ": --keep-alpha has no alpha for it");
-  after->alpha = std::move(before->alpha);
-}
-
 OutputFile StagePages(const OutputName& name, std::span<const Page> pages, const Origin* origin,
                       const SaveOptions& options) {
   OutputFile file(name.path);
@@ -53,6 +41,26 @@ OutputFile StageValue(const OutputName& target, const Operand& operand, const st
 
 }  // namespace
 
+PageRange PagesMeant(const ImageReader& reader, std::optional<size_t> page) {
+  const size_t count = reader.PageCount();
+  if (page && *page > count)
+    throw Failure(Quoted(reader.Name()) + " has " + std::to_string(count) +
+                  (count == 1 ? " page" : " pages") + ", there is no page " +
+                  std::to_string(*page));
+  return {page ? *page - 1 : 0, page ? *page : count};
+}
+
+void PutAlphaBack(std::vector<uint8_t> alpha, int width, int height, Page* result) {
+  if (alpha.empty()) return;
+  const host::Picture& picture = *result->picture;
+  if (picture.Width() != width || picture.Height() != height)
+    throw Failure("the result has another size than the picture, " +
+                  std::to_string(picture.Width()) + " x " + std::to_string(picture.Height()) +
+                  " instead of " + std::to_string(width) + " x " + std::to_string(height) +
+                  ": --keep-alpha has no alpha for it");
+  result->alpha = std::move(alpha);
+}
+
 PageResult RunStatements(const std::vector<Statement>& statements, Session* session) {
   PageResult result;
   for (const Statement& statement : statements) {
@@ -69,19 +77,16 @@ PageResult RunStatements(const std::vector<Statement>& statements, Session* sess
 std::vector<PageResult> ProcessPages(ImageReader* reader, std::optional<size_t> page,
                                      const std::vector<Statement>& statements, host::Host& host,
                                      const ImageOptions& images, Session* session) {
-  const size_t count = reader->PageCount();
-  if (page && *page > count)
-    throw Failure(Quoted(reader->Name()) + " has " + std::to_string(count) +
-                  (count == 1 ? " page" : " pages") + ", there is no page " +
-                  std::to_string(*page));
-  const size_t first = page ? *page - 1 : 0, last = page ? *page : count;
+  const auto [first, last] = PagesMeant(*reader, page);
   std::vector<PageResult> results;
   for (size_t i = first; i < last; ++i) {
     Page source = reader->Read(host, i);
     session->StartOver(source.picture);
     PageResult result = RunStatements(statements, session);
     if (last - first > 1) result.values.page = i + 1;
-    if (images.keepAlpha) KeepAlpha(&source, &result.page);
+    if (images.keepAlpha)
+      PutAlphaBack(std::move(source.alpha), source.picture->Width(), source.picture->Height(),
+                   &result.page);
     results.push_back(std::move(result));
   }
   return results;

@@ -47,6 +47,17 @@ std::vector<OutputFile> StageOutputs(const std::vector<PageResult>& results, con
                                      const Origin* origin, const std::vector<JobOutput>& outputs,
                                      const SaveOptions& options);
 
+// The pages from `first` to before `last`, counted from 0, that are meant by the number of one page
+// from 1, or by none. Throws Failure where the file has no such page.
+struct PageRange {
+  size_t first = 0, last = 0;
+};
+PageRange PagesMeant(const ImageReader& reader, std::optional<size_t> page);
+
+// Puts the alpha that was kept beside a page of width x height pixels over what was made of that
+// page. Empty: there was none. Throws Failure for a result of another size.
+void PutAlphaBack(std::vector<uint8_t> alpha, int width, int height, Page* result);
+
 struct FileJob {
   std::filesystem::path file;
   std::vector<JobOutput> outputs;

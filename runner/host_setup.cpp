@@ -7,20 +7,24 @@
 
 namespace runner {
 
+void ChooseFileOptions(const Options& options, const Warn& warn, host::Settings* settings,
+                       ImageOptions* images, SaveOptions* save) {
+  ChooseLayouts(options.layout, settings, images);
+  images->pixelLimit = options.pixelLimit;
+  images->damage = options.damage;
+  images->toSrgb = options.toSrgb;
+  images->keepAlpha = options.keepAlpha;
+  images->warn = options.strict ? [](const std::string& message) { throw Failure(message); } : warn;
+  *save = options.save;
+  save->warn = images->warn;
+}
+
 HostSetup StartHost(const Options& options) {
   HostSetup setup;
   host::Settings settings;
   settings.version = options.hostVersion;
   settings.application = options.application;
-  ChooseLayouts(options.layout, &settings, &setup.images);
-  setup.images.pixelLimit = options.pixelLimit;
-  setup.images.damage = options.damage;
-  setup.images.toSrgb = options.toSrgb;
-  setup.images.keepAlpha = options.keepAlpha;
-  setup.images.warn = options.strict ? [](const std::string& message) { throw Failure(message); }
-                                     : Warn(WarnOnStandardError);
-  setup.save = options.save;
-  setup.save.warn = setup.images.warn;
+  ChooseFileOptions(options, WarnOnStandardError, &settings, &setup.images, &setup.save);
   const std::filesystem::path plugin = options.plugin.empty() ? FindPlugin() : options.plugin;
   RequireRegularFile(plugin);
   try {

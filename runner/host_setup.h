@@ -16,6 +16,11 @@ struct HostSetup {
   SaveOptions save;
 };
 
+// How files are opened and saved, and how `settings` make pictures, as the options say. `warn` is
+// told what goes on all the same, unless the options are strict.
+void ChooseFileOptions(const Options& options, const Warn& warn, host::Settings* settings,
+                       ImageOptions* images, SaveOptions* save);
+
 // Throws Failure, which names the plug-in that can't be loaded.
 HostSetup StartHost(const Options& options);
 

@@ -229,6 +229,12 @@ void AddBatch(CLI::App* app, Raw* raw) {
 
 }  // namespace
 
+void AddFileOptionsAlone(CLI::App* app, Raw* raw) {
+  app->set_help_flag();
+  AddFileOptions(app, raw);
+  AddPictureOptions(app, raw);
+}
+
 void AddCommands(CLI::App* app, Raw* raw) {
   AddList(app, raw);
   AddRun(app, raw);

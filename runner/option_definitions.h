@@ -27,4 +27,8 @@ struct Raw {
 // the program's description.
 void AddCommands(CLI::App* app, Raw* raw);
 
+// Adds the options that say how files are opened and saved, and nothing else; not --help either:
+// who takes these options has help of his own.
+void AddFileOptionsAlone(CLI::App* app, Raw* raw);
+
 }  // namespace runner

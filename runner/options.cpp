@@ -21,6 +21,24 @@ host::Application ApplicationCalled(std::string_view kind) {
   return kind == "web" ? host::Application::kWeb : host::Application::kDesktop;
 }
 
+// What AddFileOptions and AddPictureOptions left in text and numbers.
+void FinishFileOptions(Raw* raw) {
+  Options& options = raw->options;
+  options.damage = raw->damage == "fail"     ? Damage::kFail
+                   : raw->damage == "ignore" ? Damage::kIgnore
+                                             : Damage::kWarn;
+  options.save.metadata = raw->metadata == "none"      ? SaveOptions::Keep::kNothing
+                          : raw->metadata == "profile" ? SaveOptions::Keep::kProfile
+                                                       : SaveOptions::Keep::kEverything;
+  if (raw->page > 0) options.page = static_cast<size_t>(raw->page);
+  if (raw->quality > 0) options.save.quality = raw->quality;
+  options.pixelLimit = static_cast<uint64_t>(std::llround(raw->pixelLimit * 1e6));
+  const bool rows = options.layout == "rows";
+  if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))
+    throw UsageFailure(rows ? "rows are what console and web applications have; see --application"
+                            : "console and web applications have rows and no other layout");
+}
+
 std::pair<std::string, std::filesystem::path> SplitSave(const std::string& text) {
   const size_t equals = text.find('=');
   if (equals == 0 || equals == std::string::npos || equals + 1 == text.size())
@@ -116,6 +134,37 @@ void FinishBatch(Raw* raw, const std::vector<std::string>& files) {
 
 const char* ProgramVersion() { return PICTURE_VERSION; }
 
+std::vector<FileOption> FileOptions() {
+  Raw raw;
+  CLI::App app;
+  AddFileOptionsAlone(&app, &raw);
+  std::vector<FileOption> all;
+  for (const CLI::Option* option : app.get_options()) {
+    FileOption one;
+    for (const std::string& name : option->get_snames()) one.names.push_back("-" + name);
+    for (const std::string& name : option->get_lnames()) one.names.push_back("--" + name);
+    const std::string type = option->get_type_name();  // "WHAT:{warn,fail,ignore}"
+    if (option->get_items_expected_max() > 0) one.value = type.substr(0, type.find(':'));
+    one.purpose = option->get_description();
+    one.initial = option->get_default_str();
+    all.push_back(std::move(one));
+  }
+  return all;
+}
+
+Options ParseFileOptions(const std::vector<std::string>& words) {
+  Raw raw;
+  CLI::App app;
+  AddFileOptionsAlone(&app, &raw);
+  try {
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    throw UsageFailure(error.what());
+  }
+  FinishFileOptions(&raw);
+  return raw.options;
+}
+
 std::optional<Options> ParseOptions(int count, const char* const* words) {
   Raw raw;
   raw.options.jobs = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
@@ -148,19 +197,7 @@ std::optional<Options> ParseOptions(int count, const char* const* words) {
   Options& options = raw.options;
   options.plugin = raw.plugin;
   options.application = ApplicationCalled(raw.application);
-  options.damage = raw.damage == "fail"     ? Damage::kFail
-                   : raw.damage == "ignore" ? Damage::kIgnore
-                                            : Damage::kWarn;
-  options.save.metadata = raw.metadata == "none"      ? SaveOptions::Keep::kNothing
-                          : raw.metadata == "profile" ? SaveOptions::Keep::kProfile
-                                                      : SaveOptions::Keep::kEverything;
-  if (raw.page > 0) options.page = static_cast<size_t>(raw.page);
-  if (raw.quality > 0) options.save.quality = raw.quality;
-  options.pixelLimit = static_cast<uint64_t>(std::llround(raw.pixelLimit * 1e6));
-  const bool rows = options.layout == "rows";
-  if (!options.layout.empty() && rows == (options.application == host::Application::kDesktop))
-    throw UsageFailure(rows ? "rows are what console and web applications have; see --application"
-                            : "console and web applications have rows and no other layout");
+  FinishFileOptions(&raw);
   if (app.got_subcommand("list")) return options;
   const bool isRun = app.got_subcommand("run");
   options.command = isRun ? Command::kRun : Command::kBatch;

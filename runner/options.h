@@ -60,6 +60,19 @@ struct Options {
 // "1.0.0".
 const char* ProgramVersion();
 
+// One of the options of batch that say how files are opened and saved, as its help shows it.
+struct FileOption {
+  std::vector<std::string> names;  // with their dashes, the long one last
+  std::string value;               // what stands for its value; empty: it takes none
+  std::string purpose;
+  std::string initial;  // empty: there is none, or the purpose says it
+};
+std::vector<FileOption> FileOptions();
+
+// A command line of such options and nothing else. What it doesn't say is as batch has it. Throws
+// UsageFailure.
+Options ParseFileOptions(const std::vector<std::string>& words);
+
 // Nothing: help was asked for and has been printed. Throws UsageFailure.
 std::optional<Options> ParseOptions(int count, const char* const* words);
 

@@ -54,6 +54,7 @@ struct PictureState {
   GraphicsWorld world;
 
   Ref<Picture> mask;
+  std::shared_ptr<const void> attachment;
 
   CachedRendering cached = CachedRendering::kNone;
   bool pixelsShared = false;  // nothing is cached: somebody whom the host doesn't see may write

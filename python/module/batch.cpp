@@ -4,7 +4,7 @@
 
 #include "python/module/objects.h"
 #include "runner/file_job.h"
-#include "runner/layouts.h"
+#include "runner/host_setup.h"
 
 namespace pyhost {
 namespace {
@@ -13,22 +13,29 @@ namespace py = pybind11;
 
 class Batch {
  public:
-  // Throws runner::Failure for expressions that can't be, before any file is looked at.
-  explicit Batch(const std::vector<std::string>& expressions) : session(TheHost(), Own(this)) {
+  // Throws runner::Failure for expressions and options that can't be, before any file is looked at.
+  Batch(const std::vector<std::string>& expressions, const std::vector<std::string>& words)
+      : options(runner::ParseFileOptions(words)), session(TheHost(), Choose()) {
     for (const std::string& text : expressions) statements.push_back(runner::ParseOrFail(text));
     std::vector<std::string> names;
     for (const runner::Statement& statement : statements) session.CheckNames(statement, &names);
   }
 
-  // Gives what the expressions print. Other threads run meanwhile, and wait where they call the
-  // host.
-  std::string Run(const std::filesystem::path& file, const std::filesystem::path& output) {
+  const std::string& Format() const { return options.format; }
+
+  // Gives what the expressions print, and the warnings. Other threads run meanwhile, and wait where
+  // they call the host.
+  std::pair<std::string, std::vector<std::string>> Run(const std::filesystem::path& file,
+                                                       const std::filesystem::path& output) {
     const Locked locked;
     const py::gil_scoped_release released;
     const AsTheRunner asTheRunner(this);
-    return runner::DoFileJob({file, {{"", runner::OutputNamed(output.native())}}},
-                             {statements, images, save, std::nullopt}, TheHost(), &session)
-        .printed;
+    const runner::ImageFormat* format =
+        options.format.empty() ? nullptr : runner::FormatCalled(options.format);
+    runner::JobResult done =
+        runner::DoFileJob({file, {{"", runner::OutputNamed(output.native(), format)}}},
+                          {statements, images, save, options.page}, TheHost(), &session);
+    return {std::move(done.printed), std::move(warnings)};
   }
 
  private:
@@ -36,6 +43,7 @@ class Batch {
   class AsTheRunner {
    public:
     explicit AsTheRunner(Batch* whose) : batch(whose) {
+      batch->warnings.clear();
       std::swap(TheHost().settings, batch->settings);
     }
     ~AsTheRunner() {
@@ -49,14 +57,19 @@ class Batch {
     Batch* batch;
   };
 
-  static const runner::ImageOptions& Own(Batch* batch) {
-    runner::ChooseLayouts({}, &batch->settings, &batch->images);
-    return batch->images;
+  // Makes `settings`, `images` and `save` of the options.
+  const runner::ImageOptions& Choose() {
+    runner::ChooseFileOptions(
+        options, [this](const std::string& message) { warnings.push_back(message); }, &settings,
+        &images, &save);
+    return images;
   }
 
+  runner::Options options;
   host::Settings settings;
   runner::ImageOptions images;
   runner::SaveOptions save;
+  std::vector<std::string> warnings;  // of the file that is worked on
   runner::Session session;
   std::vector<runner::Statement> statements;
 };
@@ -65,17 +78,18 @@ class Batch {
 
 void DefineBatch(py::module_& module) {
   py::class_<Batch>(module, "Batch", "Expressions of the command line, to be evaluated on files.")
-      .def(py::init([](const std::vector<std::string>& expressions) {
+      .def(py::init([](const std::vector<std::string>& expressions,
+                       const std::vector<std::string>& words) {
              const Locked locked;
-             return std::make_unique<Batch>(expressions);
+             return std::make_unique<Batch>(expressions, words);
            }),
-           py::arg("expressions"))
+           py::arg("expressions"), py::arg("words") = std::vector<std::string>(),
+           "`words` are options that batch takes for files.")
+      .def_property_readonly("format", &Batch::Format,
+                             "The format of the results as the options name it; empty: that of the "
+                             "outputs' names.")
       .def("run", &Batch::Run, py::arg("file"), py::arg("output"),
-           "Make a picture file into another; give what the expressions print.");
-  module.def(
-      "is_picture_file",
-      [](const std::filesystem::path& path) { return runner::FormatByExtension(path) != nullptr; },
-      py::arg("path"), "Whether a name ends as those of picture files do.");
+           "Make a picture file into another; give what the expressions print, and the warnings.");
 }
 
 }  // namespace pyhost

@@ -3,6 +3,7 @@
 
 #include "python/module/errors.h"
 #include "python/module/objects.h"
+#include "python/module/origin.h"
 #include "python/module/values.h"
 #include "runner/invoker.h"
 #include "runner/reasons.h"
@@ -90,6 +91,11 @@ py::tuple Call(const std::string& className, const std::string& name, const py::
   });
   const host::Outcome outcome = call.Invoke(runner::InvokeByFfi);
   if (outcome.exception) Raise(*outcome.exception);
+  const SharedOrigin origin = OriginForResults(call);
+  Inherit(outcome.result, origin);
+  for (const auto& [parameter, value] : outcome.byrefs) Inherit(value, origin);
+  if (call.self && call.self->GetKind() == host::Kind::kInstance)
+    InheritWithin(self.cast<HeldInstance&>().Reference());
   py::dict byrefs;
   for (const auto& [parameter, value] : outcome.byrefs)
     byrefs[py::str(parameter)] = ToPython(value);

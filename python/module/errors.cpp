@@ -11,6 +11,7 @@ namespace py = pybind11;
 // For as long as the interpreter lives.
 PyObject* errorClass = nullptr;
 PyObject* nilResult = nullptr;
+PyObject* fileWarning = nullptr;
 PyObject* hostExceptions = nullptr;  // by name
 
 PyObject* NewException(py::module_& module, const std::string& name, PyObject* base,
@@ -28,6 +29,8 @@ void Translate(std::exception_ptr thrown) {
     PyErr_SetString(nilResult, problem.what());
   } catch (const host::Error& problem) {
     PyErr_SetString(errorClass, problem.what());
+  } catch (const runner::UsageFailure& problem) {
+    PyErr_SetString(PyExc_ValueError, problem.what());
   } catch (const runner::Failure& problem) {
     PyErr_SetString(errorClass, problem.what());
   }
@@ -40,6 +43,8 @@ void DefineErrors(py::module_& module) {
       NewException(module, "Error", PyExc_Exception, "The base of this module's exceptions.");
   nilResult = NewException(module, "NilResultError", errorClass,
                            "A call gave nil, and its arguments explain it.");
+  fileWarning = NewException(module, "PictureFileWarning", PyExc_UserWarning,
+                             "A picture file couldn't be opened or saved entirely as asked.");
   hostExceptions = PyDict_New();
   PyObject* base = errorClass;
   for (const std::string& name : host::Host::ExceptionClasses()) {
@@ -50,6 +55,8 @@ void DefineErrors(py::module_& module) {
   }
   py::register_exception_translator(&Translate);
 }
+
+PyObject* FileWarningClass() { return fileWarning; }
 
 void Raise(const host::Exception& exception) {
   PyObject* type = PyDict_GetItemString(hostExceptions, exception.className.c_str());

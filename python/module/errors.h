@@ -19,6 +19,9 @@ class NilResult : public std::runtime_error {
 // knows.
 void DefineErrors(pybind11::module_& module);
 
+// The class of warnings about files. Borrowed.
+PyObject* FileWarningClass();
+
 // Raises the exception that the plug-in raised, as the class of its name.
 [[noreturn]] void Raise(const host::Exception& exception);
 

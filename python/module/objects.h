@@ -32,6 +32,7 @@ using HeldInstance = Held<host::Instance>;
 
 // Each defines its part of the module.
 void DefinePicture(pybind11::module_& module);
+void DefineFiles(pybind11::module_& module);
 void DefineRegistry(pybind11::module_& module);
 void DefineCalls(pybind11::module_& module);
 void DefineBatch(pybind11::module_& module);

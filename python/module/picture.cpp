@@ -1,18 +1,16 @@
-// class Picture: files, arrays, size.
+// class Picture: arrays, copies, size.
 #include <pybind11/numpy.h>
-#include <pybind11/stl/filesystem.h>
 
+#include <cstring>
 #include <limits>
 
 #include "python/module/objects.h"
-#include "runner/files/image_writer.h"
-#include "runner/output_file.h"
+#include "python/module/origin.h"
 
 namespace pyhost {
 namespace {
 
 namespace py = pybind11;
-namespace fs = std::filesystem;
 
 // Why an array's memory can't be a picture's; empty when it can.
 std::string WhyNotShared(const py::array& array) {
@@ -40,7 +38,7 @@ std::shared_ptr<void> OwnerOf(py::object object) {
           }};
 }
 
-HeldPicture FromArray(const py::object& given, bool copy) {
+HeldPicture FromArray(const py::object& given, bool copy, const HeldPicture* like) {
   py::object object = given;
   if (copy) {
     const py::module_ numpy = py::module_::import("numpy");
@@ -59,7 +57,9 @@ HeldPicture FromArray(const py::object& given, bool copy) {
   pixels.rowBytes = static_cast<size_t>(pixels.height > 1 ? array.strides(0) : array.shape(1) * 4);
   const Locked locked;
   pixels.owner = OwnerOf(array);
-  return HeldPicture(TheHost().NewPictureOver(pixels, ArrayLayout()));
+  const host::Ref<host::Picture> picture = TheHost().NewPictureOver(pixels, ArrayLayout());
+  SetOrigin(picture, OriginOf(like == nullptr ? *picture : *like->Reference()));
+  return HeldPicture(picture);
 }
 
 py::array ToArray(const py::object& self) {
@@ -77,39 +77,26 @@ py::array ToArray(const py::object& self) {
                    picture->Row(0), self);
 }
 
-HeldPicture Open(const fs::path& path) {
-  // Says in Python's own way that there is no such file.
-  py::module_::import("os").attr("stat")(path);
-  const Locked locked;
-  host::Ref<host::Picture> picture;
-  {
-    const py::gil_scoped_release released;
-    picture = runner::LoadPicture(TheHost(), path, Images());
-  }
-  return HeldPicture(std::move(picture));
+host::Ref<host::Picture> CopyOf(const host::Ref<host::Picture>& picture) {
+  host::Ref<host::Picture> copy =
+      TheHost().NewPicture(picture->Width(), picture->Height(), picture->Layout());
+  const size_t row = static_cast<size_t>(picture->Width()) * picture->Layout().bitsPerPixel / 8;
+  for (int32_t y = 0; y < picture->Height(); ++y) std::memcpy(copy->Row(y), picture->Row(y), row);
+  if (const host::Ref<host::Picture> mask = picture->Mask()) copy->SetMask(CopyOf(mask));
+  SetOrigin(copy, OriginOf(*picture));
+  return copy;
 }
 
-void Save(const HeldPicture& picture, const fs::path& path) {
+HeldPicture Copy(const HeldPicture& picture) {
   const Locked locked;
-  const runner::OutputName name = runner::OutputNamed(path.native());
-  runner::OutputFile file(name.path);
-  runner::EncodePicture(picture.Reference(), name.encoding,
-                        [&](const void* bytes, size_t count) { file.Write(bytes, count); });
-  file.Commit();
-}
-
-py::bytes Png(const HeldPicture& picture) {
-  std::string bytes;
-  const Locked locked;
-  runner::EncodePicture(
-      picture.Reference(), {runner::FormatCalled("png"), ""},
-      [&](const void* more, size_t count) { bytes.append(static_cast<const char*>(more), count); });
-  return bytes;
+  return HeldPicture(CopyOf(picture.Reference()));
 }
 
 HeldPicture New(int32_t width, int32_t height) {
   const Locked locked;
-  return HeldPicture(TheHost().NewPicture(width, height, ArrayLayout()));
+  const host::Ref<host::Picture> picture = TheHost().NewPicture(width, height, ArrayLayout());
+  SetOrigin(picture, OriginOf(*picture));
+  return HeldPicture(picture);
 }
 
 std::string Text(const HeldPicture& picture) {
@@ -124,21 +111,21 @@ void DefinePicture(py::module_& module) {
 
 Picture(width, height) is a white one. Two objects are equal when they are the same picture.)");
   picture.def(py::init(&New), py::arg("width"), py::arg("height"));
-  picture.def_static(
-      "open", &Open, py::arg("path"),
-      "Open a picture file, of several pages the first, turned as its orientation says.");
   picture.def_static("from_array", &FromArray, py::arg("array"), py::kw_only(),
-                     py::arg("copy") = false,
+                     py::arg("copy") = false, py::arg("like") = py::none(),
                      R"(Make a picture that shares the memory of an array.
 
 The array is height x width x 4, uint8, R, G, B, A and not premultiplied. With copy=True
-the picture has memory of its own, and the array may lie in memory in any way.)");
+the picture has memory of its own, and the array may lie in memory in any way. What the file of the
+picture `like` said is the new picture's as well.)");
   picture.def(
       "to_array", &ToArray,
       R"(Give the pixels as an array, height x width x 4, uint8, that shares their memory.)");
-  picture.def("save", &Save, py::arg("path"),
-              R"(Write a file, in the format of its extension. It appears whole or not at all.)");
-  picture.def("_repr_png_", &Png, "The picture as notebooks show it.");
+  picture.def(
+      "copy", &Copy,
+      R"(Give a picture of the same pixels in memory of its own, which came from the same file.)");
+  picture.def("__copy__", &Copy);
+  picture.def("__deepcopy__", [](const HeldPicture& self, const py::dict&) { return Copy(self); });
   picture.def_property_readonly("width", [](const HeldPicture& self) { return self->Width(); });
   picture.def_property_readonly("height", [](const HeldPicture& self) { return self->Height(); });
   picture.def("__repr__", &Text);

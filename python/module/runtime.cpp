@@ -7,14 +7,16 @@ namespace pyhost {
 namespace {
 
 host::Host* running = nullptr;
-runner::ImageOptions images;
+host::PictureLayout arrayLayout;
 std::recursive_mutex mutex;
 
 }  // namespace
 
 void Start(const std::filesystem::path& plugin) {
   host::Settings settings;
-  runner::ChooseLayouts("rgba", &settings, &images);
+  runner::ImageOptions images;
+  runner::ChooseLayouts(kLayout, &settings, &images);
+  arrayLayout = images.alphaLayout;
   auto started = std::make_unique<host::Host>(settings);
   started->LoadPlugin(plugin);
   running = started.release();
@@ -25,13 +27,26 @@ host::Host& TheHost() {
   return *running;
 }
 
-const runner::ImageOptions& Images() { return images; }
-const host::PictureLayout& ArrayLayout() { return images.alphaLayout; }
+const host::PictureLayout& ArrayLayout() { return arrayLayout; }
 
 Locked::Locked() : lock(mutex, std::try_to_lock) {
   if (lock.owns_lock()) return;
   const pybind11::gil_scoped_release released;
   lock.lock();
+}
+
+void BeforeFork() {
+  if (mutex.try_lock()) return;
+  const pybind11::gil_scoped_release released;
+  mutex.lock();
+}
+
+void AfterFork(bool inChild) {
+  // The system numbers the child's thread anew, so that it isn't the one that has locked.
+  if (inChild)
+    new (&mutex) std::recursive_mutex;
+  else
+    mutex.unlock();
 }
 
 }  // namespace pyhost

@@ -7,7 +7,6 @@
 #include <mutex>
 
 #include "host/host.h"
-#include "runner/files/image_reader.h"
 
 namespace pyhost {
 
@@ -19,8 +18,9 @@ void Start(const std::filesystem::path& plugin);
 // Throws host::Error before Start.
 host::Host& TheHost();
 
-// How files become pictures: as NumPy and Pillow have them, R, G, B, A and not premultiplied.
-const runner::ImageOptions& Images();
+// How pictures lie in memory: as NumPy and Pillow have them, R, G, B, A and not premultiplied. The
+// command line's name for it.
+constexpr const char* kLayout = "rgba";
 // The layout of pictures over arrays, and of new ones.
 const host::PictureLayout& ArrayLayout();
 
@@ -33,5 +33,10 @@ class Locked {
  private:
   std::unique_lock<std::recursive_mutex> lock;
 };
+
+// Around a fork: it waits until no other thread is in the host, whose work and lock would stay in
+// the child for ever. Both run in the thread that forks.
+void BeforeFork();
+void AfterFork(bool inChild);
 
 }  // namespace pyhost

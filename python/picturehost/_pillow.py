@@ -3,9 +3,12 @@
 from ._picturehost import Picture
 
 
-def from_pil(image):
-    """Make a picture from a Pillow image of any mode; it has memory of its own."""
-    return Picture.from_array(image.convert("RGBA"), copy=True)
+def from_pil(image, *, like=None):
+    """Make a picture from a Pillow image of any mode; it has memory of its own.
+
+    What the file of the picture `like` said is the new picture's as well.
+    """
+    return Picture.from_array(image.convert("RGBA"), copy=True, like=like)
 
 
 def to_pil(self):

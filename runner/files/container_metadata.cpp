@@ -323,6 +323,17 @@ void AddFromPpm(Bytes* bytes, Metadata* metadata) {
   if (metadata->comments.empty()) metadata->comments = std::move(comments);
 }
 
+// Pixels for each metre.
+void AddFromBmp(Bytes* bytes, Metadata* metadata) {
+  constexpr size_t kHorizontal = 38, kVertical = 42, kEnd = 46;
+  constexpr double kMillimetresInMetre = 1000;
+  const std::string head = bytes->Part(0, kEnd);
+  const uint32_t x = LittleEndian32(head, kHorizontal), y = LittleEndian32(head, kVertical);
+  constexpr size_t kHeaderLength = 14, kShortest = 40;
+  if (LittleEndian32(head, kHeaderLength) < kShortest || x == 0 || y == 0) return;
+  metadata->resolution = Resolution{x / kMillimetresInMetre, y / kMillimetresInMetre, true};
+}
+
 bool IsXmp(std::string_view block) {
   return block.starts_with("<?xpacket") || block.starts_with("<x:xmpmeta") ||
          block.starts_with("<rdf:RDF");
@@ -358,6 +369,7 @@ void AddContainerMetadata(const FileContent& content, VipsImage* image, const Im
   if (format.name == "jpeg") AddFromJpeg(&bytes, metadata);
   if (format.name == "png") AddFromPng(&bytes, metadata);
   if (format.name == "ppm") AddFromPpm(&bytes, metadata);
+  if (format.name == "bmp") AddFromBmp(&bytes, metadata);
   if (format.name == "gif") AddFromGif(&bytes, metadata);
   if (format.name == "jxl") AddFromJxl(&bytes, metadata);
   if (format.name == "jp2") AddFromJp2(&bytes, metadata);

@@ -1,6 +1,8 @@
 #include "runner/files/container_writer.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <string_view>
 
@@ -209,11 +211,25 @@ std::string ToTiff(std::string file, const Metadata& metadata) {
   return WithTiffTags(std::move(file), tags);
 }
 
+// Pixels for each metre, in a header that is long enough.
+std::string ToBmp(std::string file, const Metadata& metadata) {
+  constexpr size_t kHeaderLength = 14, kHorizontal = 38, kVertical = 42, kShortest = 40;
+  constexpr double kMillimetresInMetre = 1000;
+  if (!metadata.resolution || LittleEndian32(file, kHeaderLength) < kShortest) return file;
+  const auto perMetre = [](double perMillimetre) {
+    return LittleEndian(static_cast<uint32_t>(
+        std::clamp<double>(std::round(perMillimetre * kMillimetresInMetre), 0, INT32_MAX)));
+  };
+  file.replace(kHorizontal, 4, perMetre(metadata.resolution->horizontal));
+  return file.replace(kVertical, 4, perMetre(metadata.resolution->vertical));
+}
+
 }  // namespace
 
 std::string WithContainerMetadata(std::string file, const ImageFormat& format,
                                   const Metadata& metadata) {
   if (format.name == "tiff") return ToTiff(std::move(file), metadata);
+  if (format.name == "bmp") return ToBmp(std::move(file), metadata);
   if (format.name == "gif") return ToGif(std::move(file), metadata);
   if (format.name == "jxl") return ToJxl(std::move(file), metadata);
   if (format.name == "jp2") return ToJp2(std::move(file), metadata);

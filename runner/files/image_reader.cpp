@@ -78,6 +78,7 @@ class ImageReader::File {
     vips_error_clear();
     try {
       origin.format = &FindFormat();
+      if (origin.format->name == "webp") RequireThreads();
       Examine();
       opened = Open(0, false);
     } catch (const vips::VError&) {

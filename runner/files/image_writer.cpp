@@ -149,19 +149,20 @@ std::string_view SpaceOf(const std::string& icc) {
 // What files of a format have a place for.
 struct Places {
   std::string_view format;
-  bool exif, xmp, iptc, profile, comment;
+  bool exif, xmp, iptc, profile, resolution, comment;
 };
 constexpr auto kPlaces = std::to_array<Places>({
-    {"png", true, true, true, true, true},
-    {"jpeg", true, true, true, true, true},
-    {"tiff", true, true, true, true, false},
-    {"webp", true, true, false, true, false},
-    {"gif", false, true, false, true, true},
-    {"heic", true, true, false, true, false},
-    {"avif", true, true, false, true, false},
-    {"jxl", true, true, false, true, false},
-    {"jp2", true, true, true, true, false},
-    {"ppm", false, false, false, false, true},
+    {"png", true, true, true, true, true, true},
+    {"jpeg", true, true, true, true, true, true},
+    {"tiff", true, true, true, true, true, false},
+    {"webp", true, true, false, true, true, false},
+    {"gif", false, true, false, true, false, true},
+    {"ppm", false, false, false, false, false, true},
+    {"bmp", false, false, false, false, true, false},
+    {"heic", true, true, false, true, true, false},
+    {"avif", true, true, false, true, true, false},
+    {"jxl", true, true, false, true, true, false},
+    {"jp2", true, true, true, true, true, false},
 });
 
 void WarnOfLosses(const Metadata& metadata, const ImageFormat& format, const Warn& warn) {
@@ -175,6 +176,7 @@ void WarnOfLosses(const Metadata& metadata, const ImageFormat& format, const War
   if (!places.xmp && !metadata.xmp.empty()) lost.emplace_back("XMP");
   if (!places.iptc && !metadata.iptc.empty()) lost.emplace_back("IPTC");
   if (!places.profile && !metadata.icc.empty()) lost.emplace_back("profile");
+  if (!places.resolution && metadata.resolution) lost.emplace_back("resolution");
   if (!places.comment && !metadata.comments.empty()) lost.emplace_back("comment");
   if (lost.empty()) return;
   std::string names = lost[0];
@@ -387,26 +389,25 @@ class WithComments {
   std::string segments, header;
 };
 
-void WriteBlob(VipsBlob* blob, const ByteSink& write) {
+// Takes the blob.
+void WriteCompleted(VipsBlob* blob, const ImageFormat& format, const Metadata& metadata,
+                    const ByteSink& write) {
   size_t size = 0;
   const void* data = vips_blob_get(blob, &size);
-  try {
-    write(data, size);
-  } catch (...) {
-    vips_area_unref(VIPS_AREA(blob));
-    throw;
-  }
+  std::string file(static_cast<const char*>(data), size);
   vips_area_unref(VIPS_AREA(blob));
+  file = WithContainerMetadata(std::move(file), format, metadata);
+  write(file.data(), file.size());
 }
 
 // Formats that libvips leaves metadata out of, or that it can't write from their beginning to their
 // end. They are completed in memory.
 bool IsCompleted(const ImageFormat& format, const Metadata& metadata) {
   if (format.name == "tiff" || format.name == "jp2" || format.name == "webp") return true;
+  if (format.name == "ppm") return true;  // libvips writes the time into it
   const bool some = !metadata.exif.empty() || !metadata.xmp.empty() || !metadata.iptc.empty() ||
                     !metadata.icc.empty() || !metadata.comments.empty();
-  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl" ||
-                  format.name == "ppm");
+  return some && (format.name == "png" || format.name == "gif" || format.name == "jxl");
 }
 
 void Save(const VImage& image, const ImageFormat& format, const Metadata& metadata,
@@ -416,19 +417,17 @@ void Save(const VImage& image, const ImageFormat& format, const Metadata& metada
     VipsBlob* blob = nullptr;
     VImage::call_option_string(saver.c_str(), options.c_str(),
                                VImage::option()->set("in", image)->set("buffer", &blob));
-    return WriteBlob(blob, write);
+    return WriteCompleted(blob, format, metadata, write);
   }
   if (IsCompleted(format, metadata)) {
-    const VTarget target = VTarget::new_to_memory();
-    VImage::call_option_string(saver.c_str(), options.c_str(),
-                               VImage::option()->set("in", image)->set("target", target));
     VipsBlob* blob = nullptr;
-    g_object_get(target.get_target(), "blob", &blob, nullptr);
-    return WriteBlob(blob, [&](const void* bytes, size_t size) {
-      const std::string file = WithContainerMetadata(
-          std::string(static_cast<const char*>(bytes), size), format, metadata);
-      write(file.data(), file.size());
-    });
+    {
+      const VTarget target = VTarget::new_to_memory();
+      VImage::call_option_string(saver.c_str(), options.c_str(),
+                                 VImage::option()->set("in", image)->set("target", target));
+      g_object_get(target.get_target(), "blob", &blob, nullptr);
+    }
+    return WriteCompleted(blob, format, metadata, write);
   }
   Target sink{write, nullptr};
   const VTarget target(VIPS_TARGET(vips_target_custom_new()));

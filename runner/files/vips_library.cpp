@@ -50,8 +50,8 @@ void RequireThreads() {
   pid_t process = 0;
   if (!threadsOf.compare_exchange_strong(process, ::getpid()) && process != ::getpid())
     throw Failure(
-        "a process that was forked from one that has saved pictures can't save any; start it anew "
-        "(in Python: multiprocessing's \"spawn\")");
+        "a process that was forked from one that has saved pictures or opened WebP files can do "
+        "neither; start it anew (in Python: multiprocessing's \"spawn\")");
 }
 
 std::string VipsProblem(std::string_view problem) {

@@ -125,6 +125,18 @@ TEST_F(PictureTest, MasksAreMadeOnlyWhenAsked) {
   EXPECT_EQ(made->References(), 2);
 }
 
+TEST_F(PictureTest, AnAttachmentLivesAsLongAsThePicture) {
+  Ref<Picture> picture = host.NewPicture(4, 3);
+  EXPECT_EQ(picture->Attachment(), nullptr);
+  auto attached = std::make_shared<const int>(7);
+  const std::weak_ptr<const int> watched = attached;
+  picture->Attach(std::move(attached));
+  EXPECT_EQ(picture->Attachment(), watched.lock());
+  EXPECT_FALSE(watched.expired());
+  picture = nullptr;
+  EXPECT_TRUE(watched.expired());
+}
+
 TEST_F(PictureTest, PicturesAreBuiltFromBuffers) {
   const uint8_t buffer[] = {0, 10, 20, 30, 0, 1, 2, 3, 99, 99, 99, 99,
                             0, 4,  5,  6,  0, 7, 8, 9, 99, 99, 99, 99};

@@ -171,9 +171,66 @@ def test_a_cluster_of_its_own_lists_what_fails(tmp_path, environment):
     assert np.array_equal(pixels[..., :3], 255 - np.array(Image.open(inputs / "3" / "3.png"))[..., :3])
 
 
+def test_options_for_files_are_those_of_batch(program, tmp_path, environment):
+    inputs, outputs = tmp_path / "in", tmp_path / "out"
+    make_pictures(inputs, 8, 40)
+    words = ["--metadata", "none", "-f", "webp", "--quality=40", "--strict", "--layout", "rgba"]
+    status, printed, errors = finish(run("InvertKRT", *words, "--input-dir", inputs, "--output-dir", outputs,
+                                         environment=environment))
+    assert status == 0 and printed == f"8 written, in {outputs}\n", errors
+    for below in inputs.iterdir():
+        subprocess.run([program, "batch", "InvertKRT", *words, "--output-dir", tmp_path / "expected" / below.name,
+                        *below.iterdir()], check=True, capture_output=True)
+    written = {str(path.relative_to(outputs)): path.read_bytes() for path in outputs.rglob("*.*")}
+    expected = tmp_path / "expected"
+    assert written == {str(path.relative_to(expected)): path.read_bytes() for path in expected.rglob("*.*")}
+    assert len(written) == 8 and all(name.endswith(".webp") for name in written)
+
+
+def test_warnings_are_told_and_names_that_meet_are_failures(tmp_path, environment):
+    inputs, outputs = tmp_path / "in", tmp_path / "out"
+    make_pictures(inputs, 1, 40)
+    Image.fromarray(random_pixels(3, 64, 64)[..., :3]).save(inputs / "0" / "damaged.jpg")
+    data = (inputs / "0" / "damaged.jpg").read_bytes()
+    (inputs / "0" / "damaged.jpg").write_bytes(data[: len(data) * 2 // 3])
+    (inputs / "0" / "0.gif").write_bytes((inputs / "0" / "0.png").read_bytes())
+    status, printed, errors = finish(run("InvertKRT", "--format", "png", "--input-dir", inputs, "--output-dir", outputs,
+                                         environment=environment))
+    assert (status, printed) == (1, f"2 written, 1 failed, in {outputs}\n"), errors
+    assert sorted(path.name for path in outputs.rglob("*.*")) == ["0.png", "damaged.png"]
+    lines = [line for line in errors.splitlines() if line.startswith("picturehost.cluster: ")]  # others are Dask's
+    assert len(lines) == 2, errors
+    assert lines[0].startswith("picturehost.cluster: warning: '0/damaged.jpg': ") and " rows " in lines[0]
+    assert "becomes '0/0.png' already" in lines[1]
+
+    status, printed, errors = finish(run("InvertKRT", "--damage", "fail", "--input-dir", inputs / "0", "--output-dir",
+                                         tmp_path / "strict", environment=environment))
+    assert (status, printed) == (1, f"2 written, 1 failed, in {tmp_path / 'strict'}\n")
+    lines = [line for line in errors.splitlines() if line.startswith("picturehost.cluster: ")]
+    assert len(lines) == 2, errors
+    assert lines[0].startswith("picturehost.cluster: warning: '0.gif': the result has more colours")
+    assert lines[1].startswith("picturehost.cluster: 'damaged.jpg': ")
+
+
+def test_help_shows_every_option_for_files(program, capsys):
+    with pytest.raises(SystemExit) as ended:
+        cluster.main(["--help"])
+    assert ended.value.code == 0
+    shown = capsys.readouterr().out
+    batch = subprocess.run([program, "batch", "--help"], capture_output=True, text=True, check=True).stdout
+    of_the_run = {"--help", "--expression", "--jobs", "--file-timeout", "--file-memory", "--keep-going", "--json",
+                  "--csv", "--quiet", "--files-from", "--null", "--recursive", "--output", "--in-place", "--save",
+                  "--manifest", "--resume", "--plugin", "--host-version", "--application"}
+    options = set(re.findall(r"^ +(?:-\w,)?(--[a-z-]+)", batch, re.MULTILINE)) - of_the_run
+    assert {"--page", "--damage", "--keep-alpha", "--format", "--quality", "--layout"} < options
+    assert [option for option in sorted(options) if option not in shown] == []
+
+
 @pytest.mark.parametrize("words, told", [
     (["InvertKRTT"], "did you mean InvertKRT"),
     (["InvertKRT("], "column"),
+    (["InvertKRT", "--quality", "101"], "--quality: Value 101 not in range"),
+    (["InvertKRT", "--damage=fial"], "{warn,fail,ignore}"),
 ])
 def test_mistakes_are_told_before_anything_is_done(words, told, tmp_path, environment):
     (tmp_path / "in").mkdir()

@@ -1,9 +1,11 @@
 """Threads may call at any time; one at a time is in the host."""
 
+import sys
 import threading
 import time
 from concurrent.futures import ThreadPoolExecutor
 
+import pytest
 from conftest import random_pixels
 
 import picturehost
@@ -57,6 +59,42 @@ def test_python_runs_while_a_batch_does_and_calls_wait(tmp_path):
     assert Picture(4, 4).CountColorKRT("#FFFFFF") == 16
     assert output.exists(), "the call got in while the batch was in the host"
     thread.join()
+
+
+@pytest.fixture
+def no_switches():
+    """A thread runs on until it waits or lets go of the interpreter by itself."""
+    before = sys.getswitchinterval()
+    sys.setswitchinterval(1000)
+    yield
+    sys.setswitchinterval(before)
+
+
+def test_python_runs_while_pictures_are_opened_and_saved(tmp_path, no_switches):
+    """Decoding and encoding keep the host's lock, but not the interpreter's."""
+    picture = Picture.from_array(random_pixels(1, 400, 400, alpha=255))
+    picture.save(tmp_path / "a.png")
+    data = (tmp_path / "a.png").read_bytes()
+
+    def is_seen_at_work(work):
+        steps = []
+
+        def body():
+            steps.append("begun")
+            work()
+            steps.append("ended")
+
+        thread = threading.Thread(target=body)
+        thread.start()  # comes back when the thread has let go of the interpreter
+        seen = steps == ["begun"]
+        thread.join()
+        return seen
+
+    # A busy machine may wake this thread too late many times, but not each time.
+    for work in (lambda: Picture.open(tmp_path / "a.png"), lambda: Picture.from_bytes(data),
+                 lambda: picture.to_bytes("png"), lambda: picture.save(tmp_path / "b.png")):
+        assert any(is_seen_at_work(work) for _ in range(200))
+    assert not any(is_seen_at_work(lambda: picture.InvertKRT()) for _ in range(20)), "methods keep it"
 
 
 def test_a_batch_has_layouts_of_its_own(runner, tmp_path):

@@ -276,6 +276,12 @@ class AsGoodAsItCame(PictureFiles):
         self.assertEqual((out.mode, list(out.quantization)), ("L", [0]))
         self.assertEqual(out.quantization, self.opened("g.jpg").quantization)
 
+    def test_a_ppm_file_says_nothing_but_its_pixels(self):
+        image = noise(3, 5)
+        self.save("s.png", image)
+        self.made("InvertKRT", "s.png", "-o", "out.ppm")
+        self.assertEqual((self.folder / "out.ppm").read_bytes(), b"P6\n5 3\n255\n" + (255 - image).tobytes())
+
     def test_what_a_tiff_compresses_stays(self):
         predictor = 317
         for compression in ("tiff_lzw", "tiff_adobe_deflate"):
