@@ -181,9 +181,9 @@ def test_options_for_files_are_those_of_batch(program, tmp_path, environment):
     for below in inputs.iterdir():
         subprocess.run([program, "batch", "InvertKRT", *words, "--output-dir", tmp_path / "expected" / below.name,
                         *below.iterdir()], check=True, capture_output=True)
-    written = {str(path.relative_to(outputs)): path.read_bytes() for path in outputs.rglob("*.*")}
+    written = {str(path.relative_to(outputs)): path.read_bytes() for path in outputs.rglob("*.webp")}
     expected = tmp_path / "expected"
-    assert written == {str(path.relative_to(expected)): path.read_bytes() for path in expected.rglob("*.*")}
+    assert written == {str(path.relative_to(expected)): path.read_bytes() for path in expected.rglob("*.webp")}
     assert len(written) == 8 and all(name.endswith(".webp") for name in written)
 
 
