@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "python/module/errors.h"
+#include "python/module/runtime.h"
 
 namespace pyhost {
 
