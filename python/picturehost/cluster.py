@@ -153,7 +153,7 @@ def spread(client, expressions, words, inputs, outputs, tally, progress):
             if printed or warnings:
                 progress.clear()
             for warning in warnings:
-                print(f"picturehost.cluster: warning: {name!r}: {warning}", file=sys.stderr)
+                print(f"picturehost.cluster: warning: {warning}", file=sys.stderr)
             print(printed, end="", flush=True)
             tally.written += 1
         except CancelledError:

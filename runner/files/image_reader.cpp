@@ -76,6 +76,7 @@ class ImageReader::File {
   void Start() {
     StartVips();
     vips_error_clear();
+    origin.name = name;
     try {
       origin.format = &FindFormat();
       if (origin.format->name == "webp") RequireThreads();

@@ -517,7 +517,12 @@ OutputName OutputNamed(const std::string& text, const ImageFormat* format) {
 }
 
 void EncodePages(std::span<const Page> pages, const Encoding& encoding, const Origin* origin,
-                 const SaveOptions& options, const ByteSink& write) {
+                 const SaveOptions& saveOptions, const ByteSink& write) {
+  SaveOptions options = saveOptions;
+  if (origin != nullptr && options.warn)
+    options.warn = [&](const std::string& message) {
+      saveOptions.warn(Quoted(origin->name) + ": " + message);
+    };
   const ImageFormat& format = *encoding.format;
   CheckPages(pages, format);
   PageList rows;

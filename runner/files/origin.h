@@ -34,6 +34,7 @@ struct JpegCoding {
 };
 
 struct Origin {
+  std::string name;  // of the file, as messages have it
   const ImageFormat* format = nullptr;
   int bits = 8;             // a sample, or an index into the palette
   bool grey = false;        // one channel of colour, bilevel included

@@ -200,7 +200,7 @@ def test_warnings_are_told_and_names_that_meet_are_failures(tmp_path, environmen
     assert sorted(path.name for path in outputs.rglob("*.*")) == ["0.png", "damaged.png"]
     lines = [line for line in errors.splitlines() if line.startswith("picturehost.cluster: ")]  # others are Dask's
     assert len(lines) == 2, errors
-    assert lines[0].startswith("picturehost.cluster: warning: '0/damaged.jpg': ") and " rows " in lines[0]
+    assert lines[0].startswith(f"picturehost.cluster: warning: '{inputs}/0/damaged.jpg' ") and " rows " in lines[0]
     assert "becomes '0/0.png' already" in lines[1]
 
     status, printed, errors = finish(run("InvertKRT", "--damage", "fail", "--input-dir", inputs / "0", "--output-dir",
@@ -208,7 +208,7 @@ def test_warnings_are_told_and_names_that_meet_are_failures(tmp_path, environmen
     assert (status, printed) == (1, f"2 written, 1 failed, in {tmp_path / 'strict'}\n")
     lines = [line for line in errors.splitlines() if line.startswith("picturehost.cluster: ")]
     assert len(lines) == 2, errors
-    assert lines[0].startswith("picturehost.cluster: warning: '0.gif': the result has more colours")
+    assert lines[0].startswith(f"picturehost.cluster: warning: '{inputs}/0/0.gif': the result has more colours")
     assert lines[1].startswith("picturehost.cluster: 'damaged.jpg': ")
 
 

@@ -366,7 +366,7 @@ class MetadataTest(unittest.TestCase):
                     self.assertEqual(lines, [])
                     continue
                 self.assertEqual(len(lines), 1, told)
-                self.assertIn(f"the result as {FORMATS[name]} can't hold {lost} left out", lines[0])
+                self.assertIn(f"source.png': the result as {FORMATS[name]} can't hold {lost} left out", lines[0])
 
     def test_what_is_told_is_what_is_lost(self):
         names = ["EXIF", "XMP", "IPTC", "profile", "resolution", "comment"]
