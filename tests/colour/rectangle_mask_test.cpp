@@ -113,6 +113,9 @@ TEST_F(RectangleMask, ANegativeTopMovesNothing) {
 }
 
 TEST_F(RectangleMask, WithoutARectangleThePictureIsTheRectangle) {
+  const PictureRef corners = Draw({"#..#", "....", "#..#"});
+  EXPECT_EQ(Show(Call<PictureRef>("ExtractColorRectangleMaskKRT", corners)),
+            (Rows{"#..#", "....", "#..#"}));
   Random random(1);
   const PictureRef picture =
       Paint(40, 30, random, [&](int32_t, int32_t) { return random.OneIn(9); });
