@@ -110,21 +110,15 @@ Rectangle GrowRectangle(const BitGrid& coloured, int32_t x, int32_t y, const Rec
   JoinedColumns before(taken);
   JoinedColumns after(taken);
   const bool endsInWord = (left == 0 || BitOf(left) > 0) && BitOf(right) < kWordBits - 1;
+  // Only where rows were added can there be more columns.
   for (bool grew = !endsInWord; grew;) {
     grew = false;
-    while (const int32_t run = after.RunFrom(coloured, right + 1, y, bottom)) {
-      right += run;
-      grew = true;
-    }
-    while (const int32_t run = before.RunBackFrom(coloured, left - 1, y, bottom)) {
-      left -= run;
-      grew = true;
-    }
+    while (const int32_t run = after.RunFrom(coloured, right + 1, y, bottom)) right += run;
+    while (const int32_t run = before.RunBackFrom(coloured, left - 1, y, bottom)) left -= run;
     while (AnyBit(coloured.Row(bottom + 1), left, emptyFrom - 1) ||
            AnyBit(coloured.Row(bottom + 1), emptyTo + 1, right)) {
       ++bottom;
-      emptyFrom = left;
-      emptyTo = left - 1;
+      emptyTo = left - 1;  // nothing is known of the row that is below now
       grew = true;
     }
     emptyFrom = left;

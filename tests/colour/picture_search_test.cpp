@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/colour/picture_search_fixture.h"
+#include "tests/support/memory_end.h"
 
 namespace picture_search {
 namespace {
@@ -77,17 +78,73 @@ TEST_F(PictureSearch, AfterAFailureInARepetitiveRowNothingIsTakenAsMatched) {
   EXPECT_EQ(Find({run + "CB" + run + "AB"}, {run + "AB"}), (Place{true, 32, 0}));
 }
 
+// A row AB AB ... of 40 pixels in which C stands for A from column 20 on. Its copy, shifted by two
+// columns, differs in column 20 alone.
+constexpr std::string_view kBreakingRow = "ABABABABABABABABABABCBCBCBCBCBCBCBCBCBCB";
+
+// What fails is as near to the needle as can be: it takes most of a comparison to see it.
 TEST_F(PictureSearch, TheSameIsFoundWithoutMemory) {
   const Internals* internals = LoadInternals(StartWithoutPlugin());
   const std::string run(30, 'A');
-  const PictureRef needle = Draw({run + "AB"});
-  for (const bool there : {false, true}) {
-    const PictureRef haystack = Draw({run + "CB" + run + (there ? "AB" : "B")});
+  const std::string breaking(kBreakingRow);
+  const struct {
+    std::string haystack;
+    std::string needle;
+    Place place;
+  } searches[] = {
+      {run + "CB" + run + "AB", run + "AB", {true, 32, 0}},
+      {run + "CB" + run + "B", run + "AB", kNowhere},
+      {"AB" + breaking, breaking, {true, 2, 0}},
+      {"ABAB" + breaking, breaking, {true, 4, 0}},
+      {"AB" + breaking.substr(0, 39) + "C", breaking, kNowhere},
+  };
+  for (const auto& search : searches) {
+    const PictureRef haystack = Draw({search.haystack});
+    const PictureRef needle = Draw({search.needle});
     MemoryCallsOf(internals).FailNth(1);
-    EXPECT_EQ(Find(haystack, needle), there ? (Place{true, 32, 0}) : kNowhere);
+    EXPECT_EQ(Find(haystack, needle), search.place) << search.needle << " in " << search.haystack;
     EXPECT_GE(MemoryCallsOf(internals).made, 1);
     MemoryCallsOf(internals).FailNth(0);
   }
+}
+
+// The answer is known before anything is prepared.
+TEST_F(PictureSearch, NoMemoryIsAskedForWhereTheNeedleDoesntFit) {
+  const Internals* internals = LoadInternals(StartWithoutPlugin());
+  const PictureRef haystack = Draw({"AA", "AA"});
+  const PictureRef tooWide = Draw({"AAA"});
+  const PictureRef tooHigh = Draw({"A", "A", "A"});
+  const PictureRef fits = Draw({"AA", "AA"});
+  const auto memoryCalls = [&](const PictureRef& needle) {
+    MemoryCallsOf(internals).FailNth(0);
+    Find(haystack, needle);
+    return MemoryCallsOf(internals).made;
+  };
+  EXPECT_EQ(memoryCalls(tooWide), 0);
+  EXPECT_EQ(memoryCalls(tooHigh), 0);
+  EXPECT_GE(memoryCalls(fits), 1);
+}
+
+// The haystack ends where memory does: a search that goes on behind it ends the process.
+TEST_F(PictureSearch, NothingIsReadBehindTheHaystack) {
+  const auto atMemoryEnd = [&](const std::string& row) {
+    const auto width = static_cast<int32_t>(row.size());
+    const PictureRef drawn = Draw({row});
+    const PictureRef picture =
+        NewPictureAtMemoryEnd(Host(), width, 1, PictureLayout::BitmapContext(6));
+    for (int32_t x = 0; x < width; ++x) Put(picture, x, 0, At(drawn, x, 0), noise.Byte());
+    return picture;
+  };
+  for (const int32_t width : {1, 2, 31, 32, 33, 40, 63, 64, 65, 66, 96, 100, 128, 129, 130}) {
+    SCOPED_TRACE(width);
+    const PictureRef haystack = atMemoryEnd(std::string(static_cast<size_t>(width), '.'));
+    EXPECT_EQ(Find(haystack, Draw({"A"})), kNowhere);
+    EXPECT_EQ(Find(haystack, Draw({".A"})), kNowhere);
+    EXPECT_EQ(Find(haystack, Draw({"A."})), kNowhere);
+  }
+  // Of the needle's 40 pixels, 39 match in the column after the last one at which it can begin.
+  const std::string shifted = "AB" + std::string(kBreakingRow.substr(0, 39));
+  EXPECT_EQ(Find(atMemoryEnd(shifted), Draw({kBreakingRow})), kNowhere);
 }
 
 // From here on, candidates whose first row matches and whose second doesn't.

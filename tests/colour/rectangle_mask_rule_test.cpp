@@ -146,6 +146,19 @@ TEST_F(RectangleMask, SizesBeyond32767GiveNil) {
   EXPECT_FALSE(Extract(tooHigh, kWhole));
 }
 
+TEST_F(RectangleMask, NoMemoryIsAskedForAPictureThatIsTooLarge) {
+  const Internals* internals = LoadInternals(StartWithoutPlugin());
+  const auto memoryCalls = [&](int32_t width, int32_t height) {
+    const PictureRef picture = Host().NewPicture(width, height, host::PictureLayout::WithAlpha());
+    MemoryCallsOf(internals).FailNth(0);
+    Extract(picture, kWhole);
+    return MemoryCallsOf(internals).made;
+  };
+  EXPECT_EQ(memoryCalls(32768, 1), 0);
+  EXPECT_EQ(memoryCalls(1, 32768), 0);
+  EXPECT_GE(memoryCalls(32767, 1), 1);
+}
+
 TEST_F(RectangleMask, WhatCantBeOpenedGivesNil) {
   EXPECT_FALSE(Extract(nullptr, kWhole));
   EXPECT_FALSE(Call<PictureRef>("ExtractColorRectangleMaskKRT", PictureRef()));

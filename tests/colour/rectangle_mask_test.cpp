@@ -56,6 +56,18 @@ TEST_F(RectangleMask, ALaterRectangleOverAnEarlierOneIsNotMergedWithIt) {
             (Rows{"#####.", "#####.", ".####.", ".####.", "......"}));
 }
 
+// The first rectangle is the column on the right. The second one goes around it: its last column is
+// that column, and it ends there.
+TEST_F(RectangleMask, ALaterRectangleEndsInTheColumnOfAnEarlierOne) {
+  const std::string gap(39, '.');
+  const std::string right = "." + gap + "#..";
+  const std::string twoLines = "#" + gap + "#..";
+  const std::string oneLine = "#" + gap + "...";
+  const std::string line(41, '#');
+  EXPECT_EQ(Mask({right, right, twoLines, twoLines, oneLine, line + ".."}),
+            (Rows{right, right, line + "..", line + "..", line + "..", line + ".."}));
+}
+
 TEST_F(RectangleMask, ColouredPixelsOutsideTheRectangleDontCount) {
   const std::vector<std::string_view> rows{"#....", "#...#", "#...."};
   EXPECT_EQ(Mask(rows, {1, 0, 3, -1}), (Rows{".....", ".....", "....."}));
@@ -101,6 +113,9 @@ TEST_F(RectangleMask, ANegativeTopMovesNothing) {
 }
 
 TEST_F(RectangleMask, WithoutARectangleThePictureIsTheRectangle) {
+  const PictureRef corners = Draw({"#..#", "....", "#..#"});
+  EXPECT_EQ(Show(Call<PictureRef>("ExtractColorRectangleMaskKRT", corners)),
+            (Rows{"#..#", "....", "#..#"}));
   Random random(1);
   const PictureRef picture =
       Paint(40, 30, random, [&](int32_t, int32_t) { return random.OneIn(9); });
