@@ -61,9 +61,10 @@ class Cluster:
         return found and found.group()
 
     def end(self):
+        # Told to end, a worker may wait for its scheduler for ever, if that ends at the same time.
         processes = [*self.workers, self.scheduler]
         for process in processes:
-            process.terminate()
+            process.kill()
         for process in processes:
             process.wait(PATIENCE)
 
